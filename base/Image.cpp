@@ -1,0 +1,109 @@
+#include "base/Image.h"
+
+#include "base/FatalError.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace clipwren {
+
+Image::Image(PixelSize size, std::shared_ptr<const BlockTable> blocks)
+    : size(size),
+      blocks(std::move(blocks)) {}
+
+Image::Image(const PixelView& view) : size{view.width, view.height} {
+    if (view.width < 1 || view.height < 1) fatalError("an image needs at least one pixel");
+    auto table = std::make_shared<BlockTable>();
+    table->reserve(index(0, blockRows()));
+    for (int row = 0; row < blockRows(); ++row) {
+        for (int column = 0; column < blockColumns(); ++column) {
+            const PixelRect rect = blockRect(column, row);
+            auto block = std::make_shared<Block>(static_cast<std::size_t>(blockWidth * rect.height));
+            for (int y = 0; y < rect.height; ++y)
+                std::copy_n(view.row(rect.y + y) + rect.x, rect.width, block->data() + y * blockWidth);
+            table->push_back(std::move(block));
+        }
+    }
+    blocks = std::move(table);
+}
+
+Image Image::replacing(std::span<const Patch> patches) const {
+    auto table = std::make_shared<BlockTable>(*blocks);
+    // The blocks made in this call, by position: they may still be written, those of the old picture may not.
+    std::vector<Block*> fresh(blocks->size(), nullptr);
+    const auto writable = [&](std::size_t position) {
+        if (!fresh[position]) {
+            auto copy = std::make_shared<Block>(*(*blocks)[position]);
+            fresh[position] = copy.get();
+            (*table)[position] = std::move(copy);
+        }
+        return fresh[position];
+    };
+
+    for (const Patch& patch : patches) {
+        const PixelRect clipped = patch.rect.intersection(bounds());
+        if (clipped.isEmpty()) continue;
+        for (int row = clipped.y / blockHeight; row * blockHeight < clipped.maxY(); ++row) {
+            for (int column = clipped.x / blockWidth; column * blockWidth < clipped.maxX(); ++column) {
+                const PixelRect blockArea = blockRect(column, row);
+                const PixelRect part = clipped.intersection(blockArea);
+                const std::size_t position = index(column, row);
+                Block* target = nullptr;
+                for (int y = part.y; y < part.maxY(); ++y) {
+                    const Pixel* source =
+                        patch.pixels + (y - patch.rect.y) * patch.stride + (part.x - patch.rect.x);
+                    const int offset = (y - blockArea.y) * blockWidth + (part.x - blockArea.x);
+                    // Until the first row that differs nothing is copied: most reported damage changes
+                    // nothing.
+                    if (!target) {
+                        if (std::equal(source, source + part.width, (*table)[position]->data() + offset))
+                            continue;
+                        target = writable(position);
+                    }
+                    std::copy_n(source, part.width, target->data() + offset);
+                }
+            }
+        }
+    }
+    // A later patch may have undone an earlier one.
+    if (patches.size() > 1)
+        for (std::size_t position = 0; position < fresh.size(); ++position)
+            if (fresh[position] && *fresh[position] == *(*blocks)[position])
+                (*table)[position] = (*blocks)[position];
+    return {size, std::move(table)};
+}
+
+PixelRect Image::blockRect(int column, int row) const {
+    const PixelRect whole{column * blockWidth, row * blockHeight, blockWidth, blockHeight};
+    return whole.intersection(bounds());
+}
+
+std::vector<PixelRect> Image::blocksDiffering(const Image& other) const {
+    const bool comparable = size == other.size;
+    std::vector<PixelRect> differing;
+    if (comparable && blocks == other.blocks) return differing;
+    for (int row = 0; row < blockRows(); ++row)
+        for (int column = 0; column < blockColumns(); ++column)
+            if (!comparable || !sharesBlock(other, column, row)) differing.push_back(blockRect(column, row));
+    return differing;
+}
+
+void Image::copy(const PixelRect& rect, Pixel* destination, std::ptrdiff_t stride) const {
+    for (int row = rect.y / blockHeight; row * blockHeight < rect.maxY(); ++row) {
+        for (int column = rect.x / blockWidth; column * blockWidth < rect.maxX(); ++column) {
+            const PixelRect blockArea = blockRect(column, row);
+            const PixelRect part = rect.intersection(blockArea);
+            const Pixel* source = blockPixels(column, row) - blockArea.x;
+            for (int y = part.y; y < part.maxY(); ++y)
+                std::copy_n(source + (y - blockArea.y) * blockWidth + part.x, part.width,
+                            destination + (y - rect.y) * stride + (part.x - rect.x));
+        }
+    }
+}
+
+Pixel Image::pixel(int x, int y) const {
+    const Pixel* pixels = blockPixels(x / blockWidth, y / blockHeight);
+    return pixels[(y % blockHeight) * blockWidth + x % blockWidth];
+}
+
+} // namespace clipwren

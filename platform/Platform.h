@@ -1,0 +1,42 @@
+#pragma once
+
+namespace clipwren {
+
+class Alerts;
+class Application;
+class BackgroundQueue;
+class Canvases;
+class Folders;
+class HotKeys;
+class Log;
+class MainQueue;
+class Pasteboard;
+class ScreenCapture;
+class Screens;
+class SettingsViews;
+class StatusBar;
+class Store;
+class Windows;
+class Workspace;
+
+// Everything that the core asks of the computer around it. The ports outlive every object of the core.
+struct Platform {
+    Alerts& alerts;
+    Application& application;
+    BackgroundQueue& backgroundQueue;
+    Canvases& canvases;
+    Folders& folders;
+    HotKeys& hotKeys;
+    Log& log;
+    MainQueue& mainQueue;
+    Pasteboard& pasteboard;
+    ScreenCapture& screenCapture;
+    Screens& screens;
+    SettingsViews& settingsViews;
+    StatusBar& statusBar;
+    Store& store;
+    Windows& windows;
+    Workspace& workspace;
+};
+
+} // namespace clipwren
