@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "tests/fakes/FakeCanvas.h"
+#include "tests/fakes/FakeFolders.h"
+#include "tests/fakes/FakeHotKeys.h"
+#include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakeScreenCapture.h"
+#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeStatusBar.h"
+#include "tests/fakes/FakeStore.h"
+#include "tests/fakes/FakeWindows.h"
+
+namespace clipwren {
+
+// A whole computer for the core: one screen of 1440 × 900 points whose display can be captured.
+struct FakePlatform {
+    FakeMainQueue mainQueue;
+    FakeAlerts alerts;
+    FakeApplication application;
+    FakeBackgroundQueue backgroundQueue;
+    FakeCanvases canvases;
+    FakeFolders folders;
+    FakeHotKeys hotKeys;
+    FakeLog log;
+    FakePasteboard pasteboard;
+    FakeScreenCapture screenCapture{mainQueue};
+    FakeScreens screens;
+    FakeSettingsViews settingsViews;
+    FakeStatusBar statusBar;
+    FakeStore store;
+    FakeWindows windows;
+    FakeWorkspace workspace;
+
+    Platform ports{alerts,    application, backgroundQueue, canvases,      folders, hotKeys,
+                   log,       mainQueue,   pasteboard,      screenCapture, screens, settingsViews,
+                   statusBar, store,       windows,         workspace};
+
+    FakePlatform() {
+        screens.attached = {{{0, 0, 1440, 900}, 1}};
+        screens.mainScreen = screens.attached.front();
+        screenCapture.content.displays = {{1}};
+    }
+};
+
+} // namespace clipwren
