@@ -1,0 +1,202 @@
+#!/bin/bash
+# A virtual X11 desktop of its own: server, monitors, window manager, compositor, panel, D-Bus session and home
+# folder. Nothing of the caller's session is seen or changed.
+#
+#   desktop.sh [options] -- command [arguments]   runs a command inside; its exit status is passed on
+#   desktop.sh [options] -s shot.png              brings it up, takes a screenshot, takes it down
+#
+#   -d :N        display number; the first free one otherwise
+#   -g 1920x1080 size of the framebuffer
+#   -m 1|2       monitors; 2 = LEFT 1280x1024+0+0 (primary) and RIGHT 640x800+1280+100, gaps above and below
+#   -w WM        openbox | xfwm4 (with its compositor) | xfwm4-nocomp | none
+#   -c COMP      picom | none
+#   -p PANEL     xfce | none
+#   -b COLOUR    background of the root window
+#   -l FOLDER    where the logs of server, window manager, ... go; otherwise they are thrown away
+#   -t SECONDS   longest time for the command, then it is ended and the status is 124
+#   -s FILE      screenshot at the end
+#
+# Inside, XSERVER_PID is the server's process and DESKTOP_FOLDER the private folder that goes away at the end.
+# Status 125: the desktop did not come up; the reason is on standard error.
+set -u
+display='' geometry=1920x1080 monitors=1 manager=openbox compositor=none panel=none
+background='#3a6ea5' logs='' limit=600 shot=''
+while getopts d:g:m:w:c:p:b:l:t:s: option; do
+    case $option in
+    d) display=$OPTARG ;; g) geometry=$OPTARG ;; m) monitors=$OPTARG ;; w) manager=$OPTARG ;;
+    c) compositor=$OPTARG ;; p) panel=$OPTARG ;; b) background=$OPTARG ;; l) logs=$OPTARG ;;
+    t) limit=$OPTARG ;; s) shot=$OPTARG ;; *) exit 125 ;;
+    esac
+done
+shift $((OPTIND - 1))
+[ "${1:-}" = -- ] && shift
+
+folder=$(mktemp -d "${TMPDIR:-/tmp}/clipwren-desktop.XXXXXX") || exit 125
+logs=${logs:-$folder/log}
+mkdir -p "$logs" "$folder/run" "$folder/home/Pictures" "$folder/home/.config" "$folder/home/.cache"
+chmod 700 "$folder/run"
+
+# Everything that runs here is ended in the reverse order: first the command, last the server.
+pids=()
+# Waits for a process that was told to end, at most 3 s, then ends it for good.
+end() {
+    kill "$1" 2>/dev/null || return 0
+    for _ in $(seq 60); do
+        kill -0 "$1" 2>/dev/null || break
+        sleep 0.05
+    done
+    kill -9 "$1" 2>/dev/null
+    wait "$1" 2>/dev/null
+}
+cleanup() {
+    trap - EXIT
+    for ((i = ${#pids[@]} - 1; i >= 0; i--)); do end "${pids[i]}"; done
+    rm -rf "$folder" 2>/dev/null || { sleep 0.5; rm -rf "$folder"; }
+}
+trap cleanup EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM HUP
+fail() {
+    echo "desktop.sh: $1" >&2
+    [ -s "$logs/${2:-}" ] && tail -n 20 "$logs/$2" >&2
+    exit 125
+}
+background() {
+    local name=$1
+    shift
+    "$@" </dev/null >"$logs/$name" 2>&1 &
+    pids+=($!)
+}
+# await SECONDS COMMAND...: polls until the command succeeds.
+await() {
+    local rounds=$(($1 * 20))
+    shift
+    for _ in $(seq "$rounds"); do
+        "$@" >/dev/null 2>&1 && return 0
+        sleep 0.05
+    done
+    return 1
+}
+# The owner of a selection tells that a compositor or a tray runs; no shell tool shows it.
+awaitSelection() {
+    /usr/bin/python3 - "$1" <<'PYTHON'
+import sys, time
+from Xlib import display
+d = display.Display()
+for _ in range(200):
+    if d.get_selection_owner(d.intern_atom(sys.argv[1])):
+        sys.exit(0)
+    time.sleep(0.05)
+sys.exit(1)
+PYTHON
+}
+
+# -noreset is vital: without it the server resets, and forgets its monitors, when the last client leaves.
+common=(-screen 0 "${geometry}x24" -noreset -nolisten tcp +extension Composite)
+if [ -n "$display" ]; then
+    background xserver Xvfb "$display" "${common[@]}"
+    export DISPLAY=$display
+    # A foreign server on that display would answer as well.
+    await 10 xdpyinfo && kill -0 "${pids[0]}" 2>/dev/null || fail "no X server on $display" xserver
+else
+    mkfifo "$folder/number"
+    exec 9<>"$folder/number"
+    background xserver Xvfb -displayfd 9 "${common[@]}"
+    read -r -t 10 number <&9 || fail 'the X server did not start' xserver
+    exec 9>&-
+    export DISPLAY=:$number
+fi
+export XSERVER_PID=${pids[0]} DESKTOP_FOLDER=$folder
+
+# What the caller's session and toolkits were told must not leak in.
+unset WAYLAND_DISPLAY SESSION_MANAGER XAUTHORITY DBUS_SESSION_BUS_ADDRESS LC_ALL
+for variable in $(compgen -e | grep -E '^(QT|GTK|GDK|XDG|LC)_'); do unset "$variable"; done
+export HOME=$folder/home XDG_RUNTIME_DIR=$folder/run XDG_CONFIG_HOME=$folder/home/.config \
+    XDG_CACHE_HOME=$folder/home/.cache XDG_DATA_HOME=$folder/home/.local/share XDG_CONFIG_DIRS=/etc/xdg \
+    XDG_SESSION_TYPE=x11 XDG_CURRENT_DESKTOP=XFCE NO_AT_BRIDGE=1 LANG=C.UTF-8
+
+mkfifo "$folder/bus"
+exec 8<>"$folder/bus"
+background dbus dbus-daemon --session --nofork --nopidfile --print-address=8
+read -r -t 10 DBUS_SESSION_BUS_ADDRESS <&8 || fail 'no D-Bus session' dbus
+exec 8>&-
+export DBUS_SESSION_BUS_ADDRESS
+
+if [ "$monitors" = 2 ]; then
+    xrandr --setmonitor '*LEFT' 1280/340x1024/271+0+0 screen >"$logs/xrandr" 2>&1 &&
+        xrandr --setmonitor RIGHT 640/170x800/212+1280+100 none >>"$logs/xrandr" 2>&1 ||
+        fail 'the monitors could not be laid out' xrandr
+fi
+xsetroot -solid "$background"
+
+channels=$XDG_CONFIG_HOME/xfce4/xfconf/xfce-perchannel-xml
+mkdir -p "$channels"
+composited=true
+[ "$manager" = xfwm4-nocomp ] && composited=false
+cat >"$channels/xfwm4.xml" <<XML
+<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfwm4" version="1.0"><property name="general" type="empty">
+  <property name="use_compositing" type="bool" value="$composited"/>
+  <property name="vblank_mode" type="string" value="off"/>
+</property></channel>
+XML
+cat >"$channels/xfce4-panel.xml" <<'XML'
+<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array"><value type="int" value="1"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value="p=6;x=0;y=0"/>
+      <property name="length" type="uint" value="100"/>
+      <property name="size" type="uint" value="28"/>
+      <property name="output-name" type="string" value="Primary"/>
+      <property name="plugin-ids" type="array">
+        <value type="int" value="1"/><value type="int" value="2"/><value type="int" value="3"/>
+      </property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    <property name="plugin-1" type="string" value="tasklist"/>
+    <property name="plugin-2" type="string" value="separator">
+      <property name="expand" type="bool" value="true"/><property name="style" type="uint" value="0"/>
+    </property>
+    <property name="plugin-3" type="string" value="systray"/>
+  </property>
+</channel>
+XML
+
+managerRuns() { xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 0x; }
+case $manager in
+openbox) background manager openbox --sm-disable ;;
+xfwm4 | xfwm4-nocomp) background manager xfwm4 --replace --sm-client-disable ;;
+none) ;;
+*) fail "no such window manager: $manager" ;;
+esac
+[ "$manager" = none ] || await 10 managerRuns || fail "$manager did not start" manager
+case $compositor in
+picom) background compositor picom --config /dev/null --backend "${PICOM_BACKEND:-xrender}" --no-vsync ;;
+none) ;;
+*) fail "no such compositor: $compositor" ;;
+esac
+[ "$compositor" = picom ] || [ "$manager" = xfwm4 ] && { awaitSelection _NET_WM_CM_S0 || fail 'no compositor' compositor; }
+case $panel in
+xfce)
+    background panel xfce4-panel --disable-wm-check
+    awaitSelection _NET_SYSTEM_TRAY_S0 || fail 'the panel did not start' panel
+    ;;
+none) ;;
+*) fail "no such panel: $panel" ;;
+esac
+
+status=0
+if [ $# -gt 0 ]; then
+    # In the background, so that a signal to this script ends the command at once.
+    timeout -k 5 "$limit" "$@" &
+    pids+=($!)
+    wait $!
+    status=$?
+    unset "pids[-1]"
+fi
+[ -z "$shot" ] || /usr/bin/python3 -c 'import sys; from PIL import ImageGrab
+ImageGrab.grab(xdisplay="").save(sys.argv[1])' "$shot" || status=$?
+exit $status
