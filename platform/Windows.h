@@ -54,7 +54,8 @@ public:
     virtual void cursorUpdate() = 0;
 };
 
-// A borderless window over one screen. Main thread only. Destroying it takes it down.
+// A borderless window over one screen. Main thread only. Destroying it takes it down, which may happen inside
+// a call to its own content.
 class CoveringWindow {
 public:
     virtual ~CoveringWindow() = default;
@@ -66,7 +67,8 @@ public:
     virtual void setContent(const std::shared_ptr<CoveringWindowContent>& content) = 0;
 
     // Local points. Nothing of the window exists inside the hole: it is not painted there, catches no click
-    // there and can be in no capture of that area. Independent of what the content paints.
+    // there and can be in no capture of that area. Rounded outward to whole pixels. Independent of what the
+    // content paints.
     virtual void setHole(const std::optional<Rect>& hole) = 0;
 
     virtual void makeKeyAndOrderFront() = 0;
@@ -82,7 +84,7 @@ public:
     virtual void setCrosshairCursor() = 0;
 };
 
-// A running key monitor; destroying it ends it.
+// A running key monitor; destroying it ends it, which may happen inside its own handler.
 class KeyMonitor {
 public:
     virtual ~KeyMonitor() = default;

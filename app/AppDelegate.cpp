@@ -1,0 +1,196 @@
+#include "app/AppDelegate.h"
+
+#include "app/HotKey.h"
+#include "base/Weakly.h"
+#include "capture/ScreenRecorder.h"
+#include "encoding/GifEncoder.h"
+#include "platform/Alerts.h"
+#include "platform/BackgroundQueue.h"
+#include "platform/Log.h"
+#include "platform/MainQueue.h"
+#include "platform/Pasteboard.h"
+#include "platform/ScreenCapture.h"
+#include "platform/SettingsView.h"
+#include "platform/StatusItem.h"
+#include "platform/Windows.h"
+#include "ui/RecordingOverlay.h"
+#include "ui/RegionSelector.h"
+
+#include <utility>
+
+namespace clipwren {
+
+namespace {
+
+constexpr double smallestSide = 8;
+
+std::string utf8(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+} // namespace
+
+std::shared_ptr<AppDelegate> AppDelegate::create(const Platform& platform) {
+    return std::shared_ptr<AppDelegate>(new AppDelegate(platform));
+}
+
+AppDelegate::AppDelegate(const Platform& platform) : platform(platform) {}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+    setupStatusItem();
+    setupHotKey();
+    if (!mayCaptureScreen()) openSettings();
+}
+
+void AppDelegate::setupHotKey() {
+    hotKey = HotKey::create(
+        platform.hotKeys, platform.mainQueue, KeyCode::g, HotKeyModifiers::command | HotKeyModifiers::shift,
+        weakly(shared_from_this(), [](AppDelegate& delegate) { delegate.triggerRecord(); }));
+}
+
+bool AppDelegate::mayCaptureScreen() const {
+    return platform.screenCapture.permission() == CapturePermission::granted;
+}
+
+void AppDelegate::setState(State newState) {
+    state = newState;
+    updateIcon();
+}
+
+void AppDelegate::triggerRecord() {
+    switch (state) {
+    case State::idle: return startSelection();
+    case State::selecting: return cancelSelection();
+    case State::recording: return stopRecording();
+    case State::encoding: return;
+    }
+}
+
+void AppDelegate::startSelection() {
+    setState(State::selecting);
+    regionSelector = RegionSelector::create(
+        platform, weakly(shared_from_this(), [](AppDelegate& delegate, const std::optional<Rect>& rect) {
+            delegate.selectionDidComplete(rect);
+        }));
+    regionSelector->show();
+}
+
+void AppDelegate::selectionDidComplete(const std::optional<Rect>& rect) {
+    regionSelector = nullptr;
+    // Written so that a size that is not a number is refused too.
+    if (rect && rect->width >= smallestSide && rect->height >= smallestSide)
+        startRecording(*rect);
+    else
+        setState(State::idle);
+}
+
+void AppDelegate::cancelSelection() {
+    // Its completion drops the member while the selector is still at work.
+    if (const auto selector = regionSelector) selector->complete(std::nullopt);
+    regionSelector = nullptr;
+    setState(State::idle);
+}
+
+void AppDelegate::startRecording(const Rect& region) {
+    if (!mayCaptureScreen()) {
+        setState(State::idle);
+        openSettings();
+        return;
+    }
+    setState(State::recording);
+
+    // Shown before the capture starts, so that its windows' numbers exist and can be left out.
+    overlay = std::make_shared<RecordingOverlay>(platform, region);
+    overlay->show();
+
+    recorder = ScreenRecorder::create(platform);
+    // On the main queue as a task of its own: it must not run inside the timer that fires it.
+    recorder->onMaxDurationReached = [this, weakSelf = weak_from_this()] {
+        if (weakSelf.lock())
+            platform.mainQueue.async([weakSelf] {
+                if (const auto self = weakSelf.lock()) self->stopRecording();
+            });
+    };
+    startSizeIndicator();
+
+    platform.mainQueue.async([self = shared_from_this(), startedRecorder = recorder, region,
+                              shownOverlay = overlay] {
+        startedRecorder->start(region, shownOverlay->windowNumbers(),
+                               [self, startedRecorder, shownOverlay](const std::optional<StartError>& error) {
+                                   if (error)
+                                       self->startDidFail(startedRecorder, localizedDescription(*error));
+                               });
+    });
+}
+
+void AppDelegate::startDidFail(const std::shared_ptr<ScreenRecorder>& failedRecorder,
+                               const std::string& description) {
+    showAlert("Could not start recording: " + description);
+    // The main queue went on while the alert was up: a stop may have ended this recording already.
+    if (state != State::recording || recorder != failedRecorder) return;
+    if (overlay) overlay->hide();
+    overlay = nullptr;
+    recorder = nullptr;
+    setState(State::idle);
+}
+
+void AppDelegate::stopRecording() {
+    if (state != State::recording || !recorder) return;
+    if (sizeIndicatorTimer) sizeIndicatorTimer->invalidate();
+    sizeIndicatorTimer = nullptr;
+    setState(State::encoding);
+    if (overlay) overlay->hide();
+    overlay = nullptr;
+
+    platform.mainQueue.async([self = shared_from_this(), stoppedRecorder = recorder] {
+        stoppedRecorder->stop([self](std::vector<RecordedFrame> frames) {
+            self->recorder = nullptr;
+            self->encodeAndCopy(std::move(frames));
+        });
+    });
+}
+
+void AppDelegate::encodeAndCopy(std::vector<RecordedFrame> frames) {
+    platform.backgroundQueue.async([self = shared_from_this(), frames = std::move(frames)]() mutable {
+        const auto result = GifEncoder::encode(frames, self->platform.folders, self->platform.canvases);
+        frames.clear();
+        // The delegate itself goes back to the main thread: it must not end on this one.
+        MainQueue& mainQueue = self->platform.mainQueue;
+        mainQueue.async([self = std::move(self), result] { self->encodingDidEnd(result); });
+    });
+}
+
+void AppDelegate::encodingDidEnd(const Expected<std::filesystem::path, GifEncoderError>& result) {
+    if (result) {
+        platform.pasteboard.clearContents();
+        platform.pasteboard.writeFileURL(*result);
+        logSavedFile("GIF copied to clipboard", *result);
+    } else {
+        showAlert("Could not save GIF: " + std::string(errorDescription(result.error())));
+    }
+    setState(State::idle);
+}
+
+void AppDelegate::logSavedFile(std::string_view what, const std::filesystem::path& file) {
+    platform.log.write("[Clipwren] " + std::string(what) + " — " + utf8(file.filename()));
+}
+
+void AppDelegate::showAlert(const std::string& informativeText) {
+    platform.alerts.runModal(
+        {.messageText = "Clipwren", .informativeText = informativeText, .style = AlertStyle::warning});
+}
+
+void AppDelegate::saveBeforeExit() {
+    if (!recorder) return;
+    const auto result = GifEncoder::encode(recorder->stopNow(), platform.folders, platform.canvases);
+    recorder = nullptr;
+    if (result)
+        logSavedFile("GIF saved before the program ended", *result);
+    else
+        platform.log.write("Clipwren: Could not save GIF: " + std::string(errorDescription(result.error())));
+}
+
+} // namespace clipwren

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "base/Expected.h"
+#include "base/Geometry.h"
+#include "capture/RecordedFrame.h"
+#include "encoding/GifEncoderError.h"
+#include "platform/Platform.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace clipwren {
+
+class HotKey;
+class RecordingOverlay;
+class RegionSelector;
+class ScreenRecorder;
+class SettingsView;
+class StatusItem;
+class Timer;
+struct Menu;
+
+// The recording controller: owns every long-lived object and runs the one state machine that takes a
+// recording from the user's request to a GIF file on the clipboard. Main thread only.
+class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
+public:
+    // The ports, and the struct that names them, outlive the delegate.
+    static std::shared_ptr<AppDelegate> create(const Platform& platform);
+    ~AppDelegate();
+
+    // Start-up, once, when the event loop is about to run.
+    void applicationDidFinishLaunching();
+
+    // What the record menu item and the hot key do: begin or cancel a selection, or stop the recording, by
+    // state.
+    void triggerRecord();
+
+    // Saves a recording that is running, on this thread and without the display: for an end of the program
+    // that nobody asked for, such as the display server's. The result is only logged.
+    void saveBeforeExit();
+
+private:
+    // In this order: the icon tells apart what comes before `recording`, `recording`, and what comes after
+    // it.
+    enum class State : unsigned char { idle, selecting, recording, encoding };
+
+    explicit AppDelegate(const Platform& platform);
+
+    // The recording's road.
+    void setupHotKey();
+    void setState(State newState);
+    void startSelection();
+    void selectionDidComplete(const std::optional<Rect>& rect);
+    void cancelSelection();
+    void startRecording(const Rect& region);
+    void startDidFail(const std::shared_ptr<ScreenRecorder>& failedRecorder, const std::string& description);
+    void stopRecording();
+    void encodeAndCopy(std::vector<RecordedFrame> frames);
+    void encodingDidEnd(const Expected<std::filesystem::path, GifEncoderError>& result);
+    void logSavedFile(std::string_view what, const std::filesystem::path& file);
+    void showAlert(const std::string& informativeText);
+    bool mayCaptureScreen() const;
+
+    // The status item and its menu.
+    void setupStatusItem();
+    void updateIcon();
+    void applyMenuBarBehavior();
+    void startSizeIndicator();
+    void updateSizeIndicator();
+    void stopFromMenuBar();
+    void openFolder();
+    void openSettings();
+    void quit();
+
+    const Platform& platform;
+    std::unique_ptr<StatusItem> statusItem;
+    std::shared_ptr<const Menu> idleMenu;
+    std::unique_ptr<HotKey> hotKey;                 // none when the system refused it
+    std::shared_ptr<RegionSelector> regionSelector; // while selecting
+    std::shared_ptr<ScreenRecorder> recorder;       // until its frames are taken or its start has failed
+    std::shared_ptr<RecordingOverlay> overlay;      // while recording
+    std::unique_ptr<SettingsView> settingsWindow;   // while it is open
+    State state = State::idle;
+    std::shared_ptr<Timer> sizeIndicatorTimer;
+};
+
+} // namespace clipwren

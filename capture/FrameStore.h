@@ -1,0 +1,32 @@
+#pragma once
+
+#include "capture/RecordedFrame.h"
+#include "platform/ScreenCapture.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace clipwren {
+
+// The frames of a running recording. Every operation runs on the recorder's frame queue.
+class FrameStore : public StreamOutput {
+public:
+    // Keeps the sample's picture if it is a valid, complete picture of the screen; drops it silently
+    // otherwise. The first kept frame has the zero time.
+    void didOutputSample(CaptureStream& stream, const StreamSample& sample, StreamOutputType type) override;
+
+    // Hands out all frames in the order of their arrival and starts afresh.
+    std::vector<RecordedFrame> take();
+
+    // Bytes per row times height, summed over all kept frames, whatever their pictures share. An overflow is
+    // a fatal error.
+    std::int64_t byteCount() const { return byteCountTotal; }
+
+private:
+    std::vector<RecordedFrame> frames;
+    std::optional<MediaTime> startPTS; // of the first kept frame
+    std::int64_t byteCountTotal = 0;
+};
+
+} // namespace clipwren

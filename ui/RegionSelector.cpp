@@ -1,0 +1,52 @@
+#include "ui/RegionSelector.h"
+
+#include "base/Weakly.h"
+#include "platform/Application.h"
+#include "platform/Screens.h"
+#include "platform/Windows.h"
+#include "ui/SelectorWindow.h"
+
+#include <utility>
+
+namespace clipwren {
+
+std::shared_ptr<RegionSelector> RegionSelector::create(const Platform& platform,
+                                                       std::function<void(std::optional<Rect>)> onComplete) {
+    return std::shared_ptr<RegionSelector>(new RegionSelector(platform, std::move(onComplete)));
+}
+
+RegionSelector::RegionSelector(const Platform& platform, std::function<void(std::optional<Rect>)> onComplete)
+    : platform(platform),
+      onComplete(std::move(onComplete)) {}
+
+RegionSelector::~RegionSelector() = default;
+
+void RegionSelector::show() {
+    for (const Screen& screen : platform.screens.screens()) {
+        auto window =
+            SelectorWindow::create(platform.windows, screen,
+                                   weakly(shared_from_this(), [](RegionSelector& selector, const Rect& rect) {
+                                       selector.complete(rect);
+                                   }));
+        if (!window) continue;
+        windows.push_back(window);
+        window->makeKeyAndOrderFront();
+    }
+    platform.application.activateIgnoringOtherApps();
+    keyMonitor = platform.windows.monitorKeyDown([weakSelf = weak_from_this()](std::uint32_t keyCode) {
+        if (keyCode != KeyCode::escape) return false;
+        if (const auto self = weakSelf.lock()) self->complete(std::nullopt);
+        return true;
+    });
+}
+
+void RegionSelector::complete(std::optional<Rect> rect) {
+    if (std::exchange(finished, true)) return;
+    keyMonitor.reset();
+    for (const auto& window : windows)
+        window->orderOut();
+    windows.clear();
+    onComplete(rect);
+}
+
+} // namespace clipwren
