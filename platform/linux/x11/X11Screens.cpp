@@ -1,0 +1,94 @@
+#include "platform/linux/x11/X11Screens.h"
+
+#include "platform/linux/x11/X11Connection.h"
+#include "platform/linux/x11/X11Reply.h"
+
+#include <xcb/randr.h>
+
+#include <algorithm>
+#include <string>
+
+namespace clipwren {
+
+namespace {
+
+constexpr std::uint32_t longestResources = 1 << 18; // in units of four bytes
+
+std::vector<NativeMonitor> readMonitors(xcb_connection_t* connection, xcb_window_t root) {
+    std::vector<NativeMonitor> monitors;
+    const xcb_query_extension_reply_t* extension = xcb_get_extension_data(connection, &xcb_randr_id);
+    if (!extension || !extension->present) return monitors;
+    // A server answers with the lower of both versions, and an old one knows no monitors.
+    const auto version =
+        owned(xcb_randr_query_version_reply(connection, xcb_randr_query_version(connection, 1, 5), nullptr));
+    if (!version || version->major_version != 1 || version->minor_version < 5) return monitors;
+    const auto reply = owned(
+        xcb_randr_get_monitors_reply(connection, xcb_randr_get_monitors(connection, root, true), nullptr));
+    if (!reply) return monitors;
+    for (auto it = xcb_randr_get_monitors_monitors_iterator(reply.get()); it.rem > 0;
+         xcb_randr_monitor_info_next(&it)) {
+        const xcb_randr_monitor_info_t& info = *it.data;
+        monitors.push_back({.id = info.name,
+                            .pixels = {info.x, info.y, info.width, info.height},
+                            .isPrimary = info.primary != 0});
+    }
+    return monitors;
+}
+
+std::string readResources(xcb_connection_t* connection, xcb_window_t root) {
+    const auto reply =
+        owned(xcb_get_property_reply(connection,
+                                     xcb_get_property(connection, false, root, XCB_ATOM_RESOURCE_MANAGER,
+                                                      XCB_ATOM_STRING, 0, longestResources),
+                                     nullptr));
+    if (!reply || reply->format != 8) return {};
+    return {static_cast<const char*>(xcb_get_property_value(reply.get())),
+            static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+}
+
+Screen asScreen(const NativeScreen& screen) { return {.frame = screen.frame, .screenNumber = screen.id}; }
+
+} // namespace
+
+std::vector<NativeScreen> readScreens(xcb_connection_t* connection, const xcb_screen_t& screen) {
+    std::vector<NativeMonitor> monitors = readMonitors(connection, screen.root);
+    if (monitors.empty()) {
+        const auto geometry =
+            owned(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, screen.root), nullptr));
+        if (!geometry) return {};
+        // The root's own identifier names it as well as an atom would.
+        monitors.push_back({.id = screen.root, .pixels = {0, 0, geometry->width, geometry->height}});
+    }
+    return layOutScreens(std::move(monitors), scaleFromResources(readResources(connection, screen.root)));
+}
+
+std::vector<NativeScreen> X11Screens::nativeScreens() const {
+    return readScreens(connection.raw(), connection.screen());
+}
+
+std::vector<Screen> X11Screens::screens() const {
+    const std::vector<NativeScreen> natives = nativeScreens();
+    std::vector<Screen> result(natives.size());
+    std::transform(natives.begin(), natives.end(), result.begin(), asScreen);
+    return result;
+}
+
+std::optional<Screen> X11Screens::main() const {
+    const std::vector<NativeScreen> natives = nativeScreens();
+    if (natives.empty()) return std::nullopt;
+    const auto pointer = owned(xcb_query_pointer_reply(
+        connection.raw(), xcb_query_pointer(connection.raw(), connection.root()), nullptr));
+    if (pointer && pointer->same_screen) {
+        const PixelRect under{pointer->root_x, pointer->root_y, 1, 1};
+        for (const NativeScreen& screen : natives)
+            if (!screen.pixels.intersection(under).isEmpty()) return asScreen(screen);
+    }
+    return asScreen(natives.front());
+}
+
+std::uint32_t X11Screens::mainDisplayID() const {
+    const std::vector<NativeScreen> natives = nativeScreens();
+    return natives.empty() ? 0 : natives.front().id;
+}
+
+} // namespace clipwren

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Screens.h"
+#include "platform/linux/x11/ScreenLayout.h"
+
+#include <xcb/xcb.h>
+
+#include <vector>
+
+namespace clipwren {
+
+class X11Connection;
+
+// The server's monitors (RandR 1.5), laid out; on a server without RandR the whole root window as one. None
+// when the connection is lost. Any thread that owns `connection`; asks the server anew on every call.
+std::vector<NativeScreen> readScreens(xcb_connection_t* connection, const xcb_screen_t& screen);
+
+// The monitors as screens. A screen's number is its NativeScreen's id.
+class X11Screens final : public Screens {
+public:
+    // The connection outlives this object.
+    explicit X11Screens(X11Connection& connection) : connection(connection) {}
+
+    std::vector<Screen> screens() const override;
+    // The screen under the pointer, otherwise the primary one.
+    std::optional<Screen> main() const override;
+    std::uint32_t mainDisplayID() const override;
+
+    std::vector<NativeScreen> nativeScreens() const;
+
+private:
+    X11Connection& connection;
+};
+
+} // namespace clipwren
