@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/HotKey.h"
 #include "platform/Platform.h"
 #include "tests/fakes/FakeCanvas.h"
 #include "tests/fakes/FakeFolders.h"
@@ -37,6 +38,7 @@ struct FakePlatform {
                    statusBar, store,       windows,         workspace};
 
     FakePlatform() {
+        HotKey::resetSharedState(); // a new computer runs a new process
         screens.attached = {{{0, 0, 1440, 900}, 1}};
         screens.mainScreen = screens.attached.front();
         screenCapture.content.displays = {{1}};

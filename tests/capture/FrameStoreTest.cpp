@@ -1,0 +1,88 @@
+#include "capture/FrameStore.h"
+
+#include "tests/fakes/FakePlatform.h"
+#include "tests/support/Pictures.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace clipwren {
+namespace {
+
+class FrameStoreTest : public testing::Test {
+protected:
+    FakePlatform platform;
+    std::shared_ptr<CaptureStream> stream = platform.screenCapture.makeStream({}, {}, {});
+    FrameStore store;
+
+    static StreamSample complete(MediaTime time) {
+        return {.isValid = true, .status = 0, .image = plainImage(640, 360), .presentationTime = time};
+    }
+    void offer(const StreamSample& sample, StreamOutputType type = StreamOutputType::screen) {
+        store.didOutputSample(*stream, sample, type);
+    }
+};
+
+TEST_F(FrameStoreTest, TheFirstFrameHasTheZeroTimeAndTheOthersTheirDistanceFromIt) {
+    offer(complete({1000, 15}));
+    offer(complete({1001, 15}));
+    const auto frames = store.take();
+    ASSERT_EQ(frames.size(), 2u);
+    EXPECT_EQ(frames[0].presentationTime, MediaTime::zero());
+    EXPECT_EQ(frames[1].presentationTime, (MediaTime{1, 15}));
+}
+
+TEST_F(FrameStoreTest, OnlyCompleteFramesAreKeptAndOnlyTheySetTheStart) {
+    for (const int status : {1, 2, 3, 4, 5, 17}) {
+        auto sample = complete({900, 15});
+        sample.status = status;
+        offer(sample);
+    }
+    auto withoutStatus = complete({901, 15});
+    withoutStatus.status.reset();
+    offer(withoutStatus);
+    auto invalid = complete({902, 15});
+    invalid.isValid = false;
+    offer(invalid);
+    EXPECT_EQ(store.byteCount(), 0);
+    offer(complete({903, 15}));
+    const auto frames = store.take();
+    ASSERT_EQ(frames.size(), 1u);
+    EXPECT_EQ(frames[0].presentationTime, MediaTime::zero());
+}
+
+TEST_F(FrameStoreTest, AFrameWithoutPictureChangesNothing) {
+    auto withoutPicture = complete({10, 15});
+    withoutPicture.image.reset();
+    offer(withoutPicture);
+    EXPECT_EQ(store.byteCount(), 0);
+    offer(complete({12, 15}));
+    EXPECT_EQ(store.take().front().presentationTime, MediaTime::zero());
+}
+
+TEST_F(FrameStoreTest, OtherOutputsThanTheScreenAreIgnored) {
+    offer(complete({10, 15}), StreamOutputType::audio);
+    offer(complete({10, 15}), static_cast<StreamOutputType>(7));
+    EXPECT_TRUE(store.take().empty());
+}
+
+TEST_F(FrameStoreTest, TheByteCountIsNominal) {
+    const Image image = plainImage(640, 360);
+    for (int i = 0; i < 3; ++i)
+        offer(
+            {.isValid = true, .status = 0, .image = image, .presentationTime = {i, 15}}); // all blocks shared
+    EXPECT_EQ(store.byteCount(), 2'764'800);
+}
+
+TEST_F(FrameStoreTest, TakingEmptiesTheStoreAndStartsAfresh) {
+    offer(complete({10, 15}));
+    EXPECT_EQ(store.take().size(), 1u);
+    EXPECT_EQ(store.byteCount(), 0);
+    EXPECT_TRUE(store.take().empty());
+    offer(complete({40, 15}));
+    EXPECT_EQ(store.take().front().presentationTime, MediaTime::zero());
+}
+
+} // namespace
+} // namespace clipwren

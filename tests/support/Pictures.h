@@ -1,0 +1,16 @@
+#pragma once
+
+#include "base/Image.h"
+
+#include <vector>
+
+namespace clipwren {
+
+// A picture of one opaque colour.
+inline Image plainImage(int width, int height, Pixel color = 0xFF336699) {
+    const std::vector<Pixel> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height),
+                                    color);
+    return Image({pixels.data(), width, height, width});
+}
+
+} // namespace clipwren
