@@ -37,7 +37,18 @@ std::shared_ptr<AppDelegate> AppDelegate::create(const Platform& platform) {
 
 AppDelegate::AppDelegate(const Platform& platform) : platform(platform) {}
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate() {
+    // Members would go the other way round: here the status item goes first and the capture before its
+    // overlay.
+    statusItem = nullptr;
+    idleMenu = nullptr;
+    hotKey = nullptr;
+    regionSelector = nullptr;
+    recorder = nullptr;
+    overlay = nullptr;
+    settingsWindow = nullptr;
+    sizeIndicatorTimer = nullptr;
+}
 
 void AppDelegate::applicationDidFinishLaunching() {
     setupStatusItem();

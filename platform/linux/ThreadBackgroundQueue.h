@@ -13,6 +13,11 @@ class ThreadBackgroundQueue : public BackgroundQueue {
 public:
     void async(std::function<void()> work) override { queue.async(std::move(work)); }
 
+    // Returns when everything that was given has been done.
+    void finish() {
+        queue.sync([] {});
+    }
+
 private:
     SerialQueue queue{"background"};
 };

@@ -74,6 +74,19 @@ void FakeMainQueue::advance(double seconds) {
     clock = end;
 }
 
+void FakeMainQueue::clear() {
+    // What is dropped may queue more while it goes; it goes outside the lock.
+    for (int round = 0; round < 100; ++round) {
+        std::deque<std::function<void()>> dropped;
+        {
+            const std::lock_guard lock(mutex);
+            dropped.swap(queue);
+        }
+        const auto droppedEntries = std::exchange(entries, {});
+        if (dropped.empty() && droppedEntries.empty()) return;
+    }
+}
+
 std::size_t FakeMainQueue::scheduledCount() const {
     return static_cast<std::size_t>(
         std::count_if(entries.begin(), entries.end(), [](const auto& entry) { return entry->live; }));

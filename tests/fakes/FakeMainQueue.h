@@ -22,6 +22,9 @@ public:
     // Moves the clock, running everything due in the order of its time, and what it queues, on the way.
     void advance(double seconds);
 
+    // Drops everything that waits without running it, as the end of the program does.
+    void clear();
+
     double now() const { return clock; }
     // Delayed items and timers that have neither run out nor been cancelled.
     std::size_t scheduledCount() const;

@@ -37,6 +37,12 @@ struct FakePlatform {
                    log,       mainQueue,   pasteboard,      screenCapture, screens, settingsViews,
                    statusBar, store,       windows,         workspace};
 
+    ~FakePlatform() {
+        // Waiting work may hold objects of the core, which need the ports until they are gone.
+        backgroundQueue.items.clear();
+        mainQueue.clear();
+    }
+
     FakePlatform() {
         HotKey::resetSharedState(); // a new computer runs a new process
         screens.attached = {{{0, 0, 1440, 900}, 1}};

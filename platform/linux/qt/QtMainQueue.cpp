@@ -59,6 +59,19 @@ QtMainQueue::QtMainQueue() : receiver(std::make_unique<QObject>()) {}
 
 QtMainQueue::~QtMainQueue() = default;
 
+void QtMainQueue::clear() {
+    // What is dropped may queue more while it goes, and it goes outside the lock.
+    for (int round = 0; round < 100; ++round) {
+        qDeleteAll(receiver->findChildren<QTimer*>());
+        std::deque<std::function<void()>> dropped;
+        {
+            const std::lock_guard lock(mutex);
+            dropped.swap(waiting);
+        }
+        if (dropped.empty()) return;
+    }
+}
+
 void QtMainQueue::async(std::function<void()> work) {
     const std::lock_guard lock(mutex);
     waiting.push_back(std::move(work));
@@ -75,6 +88,7 @@ void QtMainQueue::runNext() {
     std::function<void()> work;
     {
         const std::lock_guard lock(mutex);
+        if (waiting.empty()) return; // cleared after the wake-up was posted
         work = std::move(waiting.front());
         waiting.pop_front();
         if (!waiting.empty()) wake();

@@ -20,6 +20,9 @@ public:
     QtMainQueue();
     ~QtMainQueue() override;
 
+    // Drops what waits without running it, timers included. Main thread only.
+    void clear();
+
     void async(std::function<void()> work) override;
     std::shared_ptr<WorkItem> asyncAfter(double seconds, std::function<void()> work) override;
     std::shared_ptr<Timer> scheduledTimer(double seconds, std::function<void()> tick) override;
