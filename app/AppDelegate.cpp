@@ -10,9 +10,9 @@
 #include "platform/MainQueue.h"
 #include "platform/Pasteboard.h"
 #include "platform/ScreenCapture.h"
-#include "platform/SettingsView.h"
 #include "platform/StatusItem.h"
 #include "platform/Windows.h"
+#include "settings/SettingsWindow.h"
 #include "ui/RecordingOverlay.h"
 #include "ui/RegionSelector.h"
 

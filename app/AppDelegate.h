@@ -18,7 +18,7 @@ class HotKey;
 class RecordingOverlay;
 class RegionSelector;
 class ScreenRecorder;
-class SettingsView;
+class SettingsWindow;
 class StatusItem;
 class Timer;
 struct Menu;
@@ -82,7 +82,7 @@ private:
     std::shared_ptr<RegionSelector> regionSelector; // while selecting
     std::shared_ptr<ScreenRecorder> recorder;       // until its frames are taken or its start has failed
     std::shared_ptr<RecordingOverlay> overlay;      // while recording
-    std::unique_ptr<SettingsView> settingsWindow;   // while it is open
+    std::shared_ptr<SettingsWindow> settingsWindow; // while it is open
     State state = State::idle;
     std::shared_ptr<Timer> sizeIndicatorTimer;
 };

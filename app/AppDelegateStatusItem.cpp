@@ -8,9 +8,9 @@
 #include "platform/Application.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
-#include "platform/SettingsView.h"
 #include "platform/StatusItem.h"
 #include "platform/Workspace.h"
+#include "settings/SettingsWindow.h"
 
 namespace clipwren {
 
@@ -95,7 +95,8 @@ void AppDelegate::openFolder() {
 
 void AppDelegate::openSettings() {
     if (!settingsWindow)
-        settingsWindow = platform.settingsViews.makeSettingsView(
+        settingsWindow = SettingsWindow::create(
+            platform,
             weakly(shared_from_this(), [](AppDelegate& delegate) { delegate.settingsWindow = nullptr; }));
     if (!settingsWindow) {
         platform.log.write("Clipwren: the settings window is not available");

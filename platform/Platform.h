@@ -9,6 +9,7 @@ class Canvases;
 class Folders;
 class HotKeys;
 class Log;
+class LoginItem;
 class MainQueue;
 class Pasteboard;
 class ScreenCapture;
@@ -28,6 +29,7 @@ struct Platform {
     Folders& folders;
     HotKeys& hotKeys;
     Log& log;
+    LoginItem& loginItem;
     MainQueue& mainQueue;
     Pasteboard& pasteboard;
     ScreenCapture& screenCapture;

@@ -5,6 +5,7 @@
 #include "base/Image.h"
 #include "base/MediaTime.h"
 #include "base/SerialQueue.h"
+#include "platform/PlatformError.h"
 
 #include <cstdint>
 #include <functional>
@@ -14,12 +15,6 @@
 #include <vector>
 
 namespace clipwren {
-
-// An error of the platform itself, with a sentence that a person can read.
-struct PlatformError {
-    std::string localizedDescription;
-    friend bool operator==(const PlatformError&, const PlatformError&) = default;
-};
 
 // Whether this program may record the screen. `askable`: requestPermission may change it.
 enum class CapturePermission { granted, askable, denied };

@@ -18,8 +18,8 @@ public:
     // `finish` runs after `save` when the process ends without a return from the event loop: it completes
     // what other threads have begun.
     UnaskedEnd(std::function<void()> save, std::function<void()> finish);
-    // Exit handlers run before the static objects that were made earlier are torn down: called once everything that
-    // `save` needs of the toolkit has been used.
+    // Exit handlers run before the static objects that were made earlier are torn down: called once
+    // everything that `save` needs of the toolkit has been used.
     void watchExit();
 
     // From here on an end is an ordinary one.

@@ -1,6 +1,7 @@
 #include "platform/linux/XdgFolders.h"
 
 #include "platform/linux/Files.h"
+#include "platform/linux/LocalClock.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -94,12 +95,6 @@ std::filesystem::path XdgFolders::configuration() const {
     return absolutePathFrom("XDG_CONFIG_HOME").value_or(home() / ".config");
 }
 
-LocalTime XdgFolders::now() const {
-    const std::time_t moment = std::time(nullptr);
-    tzset(); // The user may have travelled since the program started.
-    std::tm local{};
-    localtime_r(&moment, &local);
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
-}
+LocalTime XdgFolders::now() const { return localTime(std::time(nullptr)); }
 
 } // namespace clipwren

@@ -8,6 +8,7 @@
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakeScreenCapture.h"
 #include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeSettingsView.h"
 #include "tests/fakes/FakeStatusBar.h"
 #include "tests/fakes/FakeStore.h"
 #include "tests/fakes/FakeWindows.h"
@@ -24,6 +25,7 @@ struct FakePlatform {
     FakeFolders folders;
     FakeHotKeys hotKeys;
     FakeLog log;
+    FakeLoginItem loginItem;
     FakePasteboard pasteboard;
     FakeScreenCapture screenCapture{mainQueue};
     FakeScreens screens;
@@ -33,9 +35,9 @@ struct FakePlatform {
     FakeWindows windows;
     FakeWorkspace workspace;
 
-    Platform ports{alerts,    application, backgroundQueue, canvases,      folders, hotKeys,
-                   log,       mainQueue,   pasteboard,      screenCapture, screens, settingsViews,
-                   statusBar, store,       windows,         workspace};
+    Platform ports{alerts,        application, backgroundQueue, canvases,   folders,       hotKeys,
+                   log,           loginItem,   mainQueue,       pasteboard, screenCapture, screens,
+                   settingsViews, statusBar,   store,           windows,    workspace};
 
     ~FakePlatform() {
         // Waiting work may hold objects of the core, which need the ports until they are gone.

@@ -4,9 +4,9 @@
 #include "platform/Application.h"
 #include "platform/BackgroundQueue.h"
 #include "platform/Log.h"
+#include "platform/LoginItem.h"
 #include "platform/Pasteboard.h"
 #include "platform/Screens.h"
-#include "platform/SettingsView.h"
 #include "platform/Workspace.h"
 
 #include <deque>
@@ -40,10 +40,62 @@ public:
     ActivationPolicy policy = ActivationPolicy::accessory;
     int activations = 0;
     bool isTerminated = false;
+    BundleFacts facts{"app.clipwren.Clipwren", "1.2.0", "7", LocalTime{2025, 3, 14, 9, 26, 53}};
+    std::int32_t processNumber = 4711;
+    std::string launch = "exec '/opt/clipwren'";
+    std::vector<std::string> shellCommands;
+
+    // The user comes back from another program.
+    void becomeActive() {
+        for (const auto& weakHandler : std::vector(handlers))
+            if (const auto handler = weakHandler.lock()) (*handler)();
+    }
 
     void setActivationPolicy(ActivationPolicy newPolicy) override { policy = newPolicy; }
     void activateIgnoringOtherApps() override { ++activations; }
     void terminate() override { isTerminated = true; }
+    std::unique_ptr<ActivationObserver> observeDidBecomeActive(std::function<void()> handler) override {
+        auto observer = std::make_unique<Observer>();
+        observer->handler = std::make_shared<std::function<void()>>(std::move(handler));
+        handlers.push_back(observer->handler);
+        return observer;
+    }
+    BundleFacts bundleFacts() const override { return facts; }
+    std::int32_t processIdentifier() const override { return processNumber; }
+    std::string launchCommand() const override { return launch; }
+    void startShellCommand(const std::string& command) override { shellCommands.push_back(command); }
+
+private:
+    struct Observer : ActivationObserver {
+        std::shared_ptr<std::function<void()>> handler;
+    };
+    std::vector<std::weak_ptr<std::function<void()>>> handlers;
+};
+
+// Login items of a desktop that can be told to refuse.
+class FakeLoginItem : public LoginItem {
+public:
+    LoginItemStatus current = LoginItemStatus::notRegistered;
+    std::optional<PlatformError> refusal;
+    int registrations = 0; // calls, refused ones too
+    int unregistrations = 0;
+
+    LoginItemStatus status() const override { return current; }
+    Expected<void, PlatformError> registerItem() override {
+        ++registrations;
+        return change(LoginItemStatus::enabled);
+    }
+    Expected<void, PlatformError> unregisterItem() override {
+        ++unregistrations;
+        return change(LoginItemStatus::notRegistered);
+    }
+
+private:
+    Expected<void, PlatformError> change(LoginItemStatus status) {
+        if (refusal) return Unexpected{*refusal};
+        current = status;
+        return {};
+    }
 };
 
 class FakeScreens : public Screens {
@@ -108,38 +160,6 @@ class FakeWorkspace : public Workspace {
 public:
     std::vector<std::filesystem::path> opened;
     void openFolder(const std::filesystem::path& folder) override { opened.push_back(folder); }
-};
-
-struct FakeSettingsViewState {
-    std::function<void()> onClose;
-    std::vector<std::string> calls;
-    bool exists = true;
-};
-
-class FakeSettingsViews : public SettingsViews {
-public:
-    bool isAvailable = true;
-    std::vector<std::shared_ptr<FakeSettingsViewState>> made;
-
-    std::unique_ptr<SettingsView> makeSettingsView(std::function<void()> onClose) override {
-        if (!isAvailable) return nullptr;
-        made.push_back(std::make_shared<FakeSettingsViewState>());
-        made.back()->onClose = std::move(onClose);
-        return std::make_unique<View>(made.back());
-    }
-
-private:
-    class View : public SettingsView {
-    public:
-        explicit View(std::shared_ptr<FakeSettingsViewState> state) : state(std::move(state)) {}
-        ~View() override { state->exists = false; }
-        void makeKeyAndOrderFront() override { state->calls.emplace_back("makeKeyAndOrderFront"); }
-        void refreshPermissions() override { state->calls.emplace_back("refreshPermissions"); }
-        void refreshControls() override { state->calls.emplace_back("refreshControls"); }
-
-    private:
-        std::shared_ptr<FakeSettingsViewState> state;
-    };
 };
 
 } // namespace clipwren

@@ -1,9 +1,37 @@
 #include "platform/linux/qt/QtApplication.h"
 
+#include "platform/linux/LocalClock.h"
+#include "platform/linux/OwnExecutable.h"
+
 #include <QApplication>
+#include <QProcess>
 #include <QWidget>
 
+#include <utility>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace clipwren {
+
+namespace {
+
+class StateObserver : public ActivationObserver {
+public:
+    explicit StateObserver(std::function<void()> handler) {
+        const auto stateChanged = [handler = std::move(handler)](Qt::ApplicationState state) {
+            if (state == Qt::ApplicationActive) handler();
+        };
+        connection =
+            QObject::connect(qGuiApp, &QGuiApplication::applicationStateChanged, qGuiApp, stateChanged);
+    }
+    ~StateObserver() override { QObject::disconnect(connection); }
+
+private:
+    QMetaObject::Connection connection;
+};
+
+} // namespace
 
 void QtApplication::setActivationPolicy(ActivationPolicy) {}
 
@@ -20,6 +48,31 @@ void QtApplication::activateIgnoringOtherApps() {
 void QtApplication::terminate() {
     QMetaObject::invokeMethod(
         QCoreApplication::instance(), [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+}
+
+std::unique_ptr<ActivationObserver> QtApplication::observeDidBecomeActive(std::function<void()> handler) {
+    return std::make_unique<StateObserver>(std::move(handler));
+}
+
+BundleFacts QtApplication::bundleFacts() const {
+    BundleFacts facts{.identifier = "app.clipwren.Clipwren", .shortVersion = CLIPWREN_VERSION};
+#ifdef CLIPWREN_BUILD_NUMBER
+    facts.version = CLIPWREN_BUILD_NUMBER;
+#endif
+    struct stat status{};
+    if (stat(ownExecutable().c_str(), &status) == 0)
+        facts.executableModificationTime = localTime(status.st_mtime);
+    return facts;
+}
+
+std::int32_t QtApplication::processIdentifier() const { return getpid(); }
+
+// The shell makes way for the program instead of waiting beside it.
+std::string QtApplication::launchCommand() const { return "exec " + shellQuoted(ownExecutable().string()); }
+
+void QtApplication::startShellCommand(const std::string& command) {
+    QProcess::startDetached(QStringLiteral("/bin/sh"),
+                            {QStringLiteral("-c"), QString::fromStdString(command)});
 }
 
 } // namespace clipwren

@@ -11,6 +11,11 @@ public:
     void setActivationPolicy(ActivationPolicy policy) override;
     void activateIgnoringOtherApps() override;
     void terminate() override;
+    std::unique_ptr<ActivationObserver> observeDidBecomeActive(std::function<void()> handler) override;
+    BundleFacts bundleFacts() const override;
+    std::int32_t processIdentifier() const override;
+    std::string launchCommand() const override;
+    void startShellCommand(const std::string& command) override;
 };
 
 } // namespace clipwren
