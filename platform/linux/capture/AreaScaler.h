@@ -1,0 +1,55 @@
+#pragma once
+
+#include "base/Geometry.h"
+#include "base/Image.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace clipwren {
+
+// Scales a picture by area averaging: every destination pixel is the mean of the source area that it covers,
+// so nothing flickers or vanishes when text and thin lines are made smaller. Any part of the destination can
+// be computed alone and comes out as in the whole picture, bit for bit. A flat colour stays what it is.
+//
+// The alpha channel is averaged like the colours.
+class AreaScaler {
+public:
+    // Both sizes are at least 1 x 1.
+    AreaScaler(PixelSize source, PixelSize destination);
+
+    // The destination pixels that depend on any source pixel of the rectangle, which lies in the source.
+    PixelRect affected(const PixelRect& sourceRect) const;
+
+    // Computes the pixels `rect` of the destination. `source` is the whole source, `output` the top left
+    // pixel of the whole destination, whose stride counts pixels. Not to be called by two threads at a time.
+    void scale(const PixelView& source, const PixelRect& rect, Pixel* output, std::ptrdiff_t stride);
+
+private:
+    // What each destination index along one axis is made of: source indices from `first` on, with as many
+    // weights, which add up to `unit`. A weight of nothing is added where that makes their number even.
+    struct Axis {
+        struct Span {
+            int first = 0;
+            int count = 0;       // with weights; without the added one
+            std::size_t weights; // the index of the first weight
+        };
+        std::vector<Span> spans;
+        std::vector<std::int16_t> weights;
+
+        Axis(int source, int destination, int unit);
+    };
+
+    void averageRows(const PixelView& view, int row, int left, int right);
+    void averageColumns(int begin, int end, int left, Pixel* output) const;
+
+    PixelSize destination;
+    Axis columns;
+    Axis rows;
+    // A row of the source's width and the destination's height: four channels a pixel, 7 bits of fraction.
+    // One pixel more than the row has, for the weight of nothing.
+    std::vector<std::int16_t> averages;
+};
+
+} // namespace clipwren

@@ -1,0 +1,128 @@
+#include "platform/linux/capture/FrameComposer.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace clipwren {
+
+namespace {
+
+constexpr Pixel opaque = 0xFF000000;
+
+// Returns whether any pixel came out different. One pass without a branch, for the sake of vector code.
+bool copyOpaque(const Pixel* from, Pixel* to, int count) {
+    Pixel difference = 0;
+    for (int i = 0; i < count; ++i) {
+        const Pixel pixel = from[i] | opaque;
+        difference |= pixel ^ to[i];
+        to[i] = pixel;
+    }
+    return difference != 0;
+}
+
+} // namespace
+
+FrameComposer::FrameComposer(PixelSize region, PixelSize frame)
+    : size(region),
+      frameSize(frame),
+      region(static_cast<std::size_t>(region.width) * static_cast<std::size_t>(region.height), opaque),
+      changed(region) {
+    if (region == frame) return;
+    scaler.emplace(region, frame);
+    scaled.resize(static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height));
+}
+
+void FrameComposer::update(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
+    // Piece by piece along the tiles: much of what is redrawn comes out as it was.
+    for (int top = rect.y; top < rect.maxY();) {
+        const int bottom = std::min(rect.maxY(), (top / Image::blockHeight + 1) * Image::blockHeight);
+        for (int left = rect.x; left < rect.maxX();) {
+            const int right = std::min(rect.maxX(), (left / Image::blockWidth + 1) * Image::blockWidth);
+            bool differs = false;
+            for (int y = top; y < bottom; ++y)
+                differs |=
+                    copyOpaque(pixels + (y - rect.y) * stride + (left - rect.x), at(left, y), right - left);
+            if (differs) changed.mark({left, top, right - left, bottom - top});
+            left = right;
+        }
+        top = bottom;
+    }
+}
+
+void FrameComposer::clear() {
+    std::fill(region.begin(), region.end(), opaque);
+    changed.markAll();
+}
+
+PixelRect FrameComposer::cursorRect() const {
+    if (!cursor) return {};
+    return cursor->rect(cursorX, cursorY).intersection({0, 0, size.width, size.height});
+}
+
+void FrameComposer::setCursor(std::shared_ptr<const CursorImage> picture, int x, int y) {
+    if (picture == cursor && (!picture || (x == cursorX && y == cursorY))) return;
+    changed.mark(cursorRect());
+    cursor = std::move(picture);
+    cursorX = x;
+    cursorY = y;
+    changed.mark(cursorRect());
+}
+
+std::optional<Image> FrameComposer::compose() {
+    if (previous && changed.isEmpty()) return std::nullopt;
+    if (!previous) changed.markAll();
+
+    drawCursor();
+    const std::vector<Image::Patch> patches = changedPatches();
+    Image next =
+        previous ? previous->replacing(patches)
+                 : Image({patches.front().pixels, frameSize.width, frameSize.height, patches.front().stride});
+    removeCursor();
+    changed.clear();
+
+    // What changed may not show: under the pointer, or in the rounding of the scaler.
+    const bool isNew = !previous || !next.blocksDiffering(*previous).empty();
+    if (isNew) previous = next;
+    return isNew ? std::optional(std::move(next)) : std::nullopt;
+}
+
+std::vector<Image::Patch> FrameComposer::changedPatches() {
+    std::vector<Image::Patch> patches;
+    for (const PixelRect& rect : changed.rects()) {
+        if (!scaler) {
+            patches.push_back({rect, at(rect.x, rect.y), size.width});
+            continue;
+        }
+        const PixelRect part = scaler->affected(rect);
+        scaler->scale(view(), part, scaled.data(), frameSize.width);
+        patches.push_back(
+            {part, scaled.data() + std::ptrdiff_t{part.y} * frameSize.width + part.x, frameSize.width});
+    }
+    return patches;
+}
+
+// Drawn into the region for as long as a frame is made, so that copying and scaling need to know of one
+// picture only.
+void FrameComposer::drawCursor() {
+    const PixelRect rect = cursorRect();
+    underCursor.clear();
+    if (rect.isEmpty()) return;
+    const PixelRect whole = cursor->rect(cursorX, cursorY);
+    for (int y = rect.y; y < rect.maxY(); ++y) {
+        Pixel* below = at(rect.x, y);
+        underCursor.insert(underCursor.end(), below, below + rect.width);
+        const Pixel* above =
+            cursor->pixels.data() + std::ptrdiff_t{y - whole.y} * cursor->width + (rect.x - whole.x);
+        for (int i = 0; i < rect.width; ++i)
+            below[i] = blended(above[i], below[i]);
+    }
+}
+
+void FrameComposer::removeCursor() {
+    const PixelRect rect = cursorRect();
+    if (rect.isEmpty()) return;
+    for (int y = rect.y; y < rect.maxY(); ++y)
+        std::copy_n(underCursor.data() + std::ptrdiff_t{y - rect.y} * rect.width, rect.width, at(rect.x, y));
+}
+
+} // namespace clipwren

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "base/Geometry.h"
+#include "base/Image.h"
+#include "platform/linux/capture/AreaScaler.h"
+#include "platform/linux/capture/CursorImage.h"
+#include "platform/linux/capture/TileMap.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace clipwren {
+
+// Makes a stream's frames from the parts of the screen that are read: keeps the recorded region as it is on
+// the screen, without the pointer, and turns what changed in it into the next frame, pointer and scaling
+// included. Each frame equals what drawing and scaling the whole region at once would give.
+//
+// Positions are pixels of the region as it is on the screen. One thread at a time.
+class FrameComposer {
+public:
+    // The region is black at first. Both sizes are at least 1 x 1.
+    FrameComposer(PixelSize region, PixelSize frame);
+
+    // New pixels of the screen for a rectangle inside the region; `pixels` points at its top left, the stride
+    // counts pixels. Alpha is taken as opaque, whatever stands there.
+    void update(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride);
+
+    // Makes the whole region black.
+    void clear();
+
+    // Where the pointer is and what it looks like; no picture: it is not shown. It may lie outside.
+    void setCursor(std::shared_ptr<const CursorImage> picture, int x, int y);
+
+    // The next frame, which shares all it can with the one before; none when it would be equal to that. The
+    // first call always gives a frame.
+    std::optional<Image> compose();
+
+private:
+    void drawCursor();
+    void removeCursor();
+    std::vector<Image::Patch> changedPatches();
+    PixelRect cursorRect() const;
+    Pixel* at(int x, int y) { return region.data() + std::ptrdiff_t{y} * size.width + x; }
+    PixelView view() const { return {region.data(), size.width, size.height, size.width}; }
+
+    PixelSize size;
+    PixelSize frameSize;
+    std::vector<Pixel> region;
+    TileMap changed;
+    std::shared_ptr<const CursorImage> cursor;
+    int cursorX = 0;
+    int cursorY = 0;
+    std::vector<Pixel> underCursor;   // while the cursor is drawn into the region
+    std::optional<AreaScaler> scaler; // none where a frame's pixels are the screen's
+    std::vector<Pixel> scaled;        // the frame, with a scaler
+    std::optional<Image> previous;
+};
+
+} // namespace clipwren

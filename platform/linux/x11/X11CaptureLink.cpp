@@ -1,0 +1,103 @@
+#include "platform/linux/x11/X11CaptureLink.h"
+
+#include <xcb/xcbext.h>
+
+#include <algorithm>
+#include <chrono>
+#include <poll.h>
+
+namespace clipwren {
+
+namespace {
+
+// How long a server that does not answer may hold up the end of a recording.
+constexpr X11CaptureLink::Nanoseconds patienceAtEnd = 1'000'000'000;
+
+} // namespace
+
+X11CaptureLink::Nanoseconds X11CaptureLink::now() {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+Expected<std::unique_ptr<X11CaptureLink>, PlatformError> X11CaptureLink::open(const std::string& displayName,
+                                                                              EndSignal& end) {
+    int screenIndex = 0;
+    xcb_connection_t* connection =
+        xcb_connect(displayName.empty() ? nullptr : displayName.c_str(), &screenIndex);
+    const xcb_screen_t* screen = nullptr;
+    if (!xcb_connection_has_error(connection))
+        for (auto it = xcb_setup_roots_iterator(xcb_get_setup(connection)); it.rem > 0 && !screen;
+             xcb_screen_next(&it), --screenIndex)
+            if (screenIndex == 0) screen = it.data;
+    if (!screen) {
+        xcb_disconnect(connection);
+        return Unexpected{PlatformError{"The display server cannot be reached."}};
+    }
+    return std::unique_ptr<X11CaptureLink>(new X11CaptureLink(connection, screen, end));
+}
+
+X11CaptureLink::X11CaptureLink(xcb_connection_t* connection, const xcb_screen_t* screen, EndSignal& end)
+    : connection(connection),
+      defaultScreen(screen),
+      end(end) {}
+
+X11CaptureLink::~X11CaptureLink() { xcb_disconnect(connection); }
+
+bool X11CaptureLink::has(xcb_extension_t& extension) const {
+    const xcb_query_extension_reply_t* data = xcb_get_extension_data(connection, &extension);
+    return data && data->present;
+}
+
+void* X11CaptureLink::awaitReply(unsigned int sequence) {
+    xcb_flush(connection);
+    std::optional<Nanoseconds> until;
+    for (;;) {
+        void* reply = nullptr;
+        xcb_generic_error_t* error = nullptr;
+        // Also true, without a reply, once the connection is lost.
+        if (xcb_poll_for_reply(connection, sequence, &reply, &error)) {
+            owned(error);
+            return reply;
+        }
+        if (!until && end.requested() != EndSignal::Request::none) until = now() + patienceAtEnd;
+        if (end.requested() == EndSignal::Request::abandon || (until && now() >= *until)) {
+            xcb_discard_reply(connection, sequence);
+            return nullptr;
+        }
+        poll(until);
+    }
+}
+
+bool X11CaptureLink::succeeded(xcb_void_cookie_t checked) {
+    // Once a later request has been answered, the fate of the earlier one is known.
+    if (!await<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection).sequence)) return false;
+    xcb_generic_error_t* error = nullptr;
+    void* reply = nullptr;
+    if (!xcb_poll_for_reply(connection, checked.sequence, &reply, &error)) return false;
+    return !owned(error) && !isLost();
+}
+
+X11Reply<xcb_generic_event_t> X11CaptureLink::nextEvent() {
+    // Sending may read events, of which poll() would then tell nothing: so it comes first.
+    xcb_flush(connection);
+    return owned(xcb_poll_for_event(connection));
+}
+
+void X11CaptureLink::sleep(std::optional<Nanoseconds> until) {
+    if (!isLost()) poll(until);
+}
+
+void X11CaptureLink::poll(std::optional<Nanoseconds> until) {
+    timespec limit{};
+    if (until) {
+        const Nanoseconds left = std::max<Nanoseconds>(*until - now(), 0);
+        limit = {.tv_sec = left / 1'000'000'000, .tv_nsec = left % 1'000'000'000};
+    }
+    pollfd descriptors[2] = {{xcb_get_file_descriptor(connection), POLLIN, 0}, {end.descriptor(), POLLIN, 0}};
+    const int ready = ppoll(descriptors, 2, until ? &limit : nullptr, nullptr);
+    if (ready > 0 && descriptors[1].revents != 0) end.acknowledge();
+}
+
+} // namespace clipwren

@@ -1,0 +1,298 @@
+#include "platform/linux/x11/X11CaptureWorker.h"
+
+#include "platform/linux/x11/X11CaptureRegion.h"
+#include "platform/linux/x11/X11Screens.h"
+
+#include <xcb/randr.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <utility>
+
+namespace clipwren {
+
+namespace {
+
+using Nanoseconds = X11CaptureLink::Nanoseconds;
+
+constexpr Nanoseconds millisecond = 1'000'000;
+
+// At the start the windows that the selector covered draw themselves anew: the first frame waits until
+// nothing has been drawn in the region for a while, but not for ever on a screen that never rests.
+constexpr Nanoseconds quietAtStart = 25 * millisecond;
+constexpr Nanoseconds longestSettling = 120 * millisecond;
+
+// What one more read costs, in pixels that could be read instead.
+constexpr std::int64_t readOverhead = 16'384;
+
+// A read may be refused because the screens have just changed; if it is refused again and again there is
+// something else.
+constexpr int mostRefusals = 3;
+
+constexpr int largestSide = 32767; // of a picture in X11
+
+Nanoseconds frameInterval(const MediaTime& time) {
+    const double seconds = time.seconds();
+    return std::isfinite(seconds) ? std::llround(std::clamp(seconds, 0.001, 10.0) * 1e9) : 1'000'000'000 / 30;
+}
+
+// Whether the pixels of the root window are words of this machine with eight bits each of red, green, blue.
+bool hasKnownPixels(xcb_connection_t* connection, const xcb_screen_t& screen) {
+    const xcb_setup_t* setup = xcb_get_setup(connection);
+    const auto order =
+        std::endian::native == std::endian::little ? XCB_IMAGE_ORDER_LSB_FIRST : XCB_IMAGE_ORDER_MSB_FIRST;
+    if (setup->image_byte_order != order) return false;
+    bool fitsWords = false;
+    for (auto it = xcb_setup_pixmap_formats_iterator(setup); it.rem > 0; xcb_format_next(&it))
+        fitsWords |= it.data->depth == screen.root_depth && it.data->bits_per_pixel == 32 &&
+                     it.data->scanline_pad == 32;
+    if (!fitsWords) return false;
+    for (auto depth = xcb_screen_allowed_depths_iterator(&screen); depth.rem > 0; xcb_depth_next(&depth))
+        for (auto it = xcb_depth_visuals_iterator(depth.data); it.rem > 0; xcb_visualtype_next(&it))
+            if (it.data->visual_id == screen.root_visual)
+                return it.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR && it.data->red_mask == 0xFF0000 &&
+                       it.data->green_mask == 0xFF00 && it.data->blue_mask == 0xFF;
+    return false;
+}
+
+bool isSupported(const StreamConfiguration& configuration) {
+    const Rect whole{0, 0, static_cast<double>(configuration.width),
+                     static_cast<double>(configuration.height)};
+    return configuration.pixelFormat == pixelFormatBGRA && !configuration.capturesAudio &&
+           configuration.scalesToFit && configuration.destinationRect == whole && configuration.width >= 1 &&
+           configuration.height >= 1 && configuration.width <= largestSide &&
+           configuration.height <= largestSide;
+}
+
+} // namespace
+
+X11CaptureWorker::X11CaptureWorker(Job job, Client& client, EndSignal& end)
+    : job(std::move(job)),
+      client(client),
+      end(end),
+      pacer(frameInterval(this->job.configuration.minimumFrameInterval)) {}
+
+X11CaptureWorker::~X11CaptureWorker() = default;
+
+void X11CaptureWorker::fail(std::string text) {
+    if (!failure) failure = PlatformError{std::move(text)};
+}
+
+bool X11CaptureWorker::mayGoOn() const { return !failure && end.requested() == EndSignal::Request::none; }
+
+std::optional<PlatformError> X11CaptureWorker::run() {
+    if (!connect()) return failure;
+    settle();
+    while (mayGoOn()) {
+        handleEvents();
+        followScreens();
+        if (!mayGoOn()) break;
+        const Nanoseconds due = nextLook();
+        if (due > X11CaptureLink::now())
+            link->sleep(due == INT64_MAX ? std::nullopt : std::optional(due));
+        else
+            look(false);
+    }
+    // What was drawn since the last frame belongs to the recording, even if its time had not come yet.
+    if (end.requested() == EndSignal::Request::finish && !failure && !pictureIsStale) {
+        look(true);
+        // A server that goes away while the recording ends has not cut it short.
+        failure.reset();
+    }
+    return failure;
+}
+
+bool X11CaptureWorker::connect() {
+    if (!isSupported(job.configuration)) {
+        fail("This kind of recording is not supported.");
+        return false;
+    }
+    auto opened = X11CaptureLink::open(job.displayName, end);
+    if (!opened) {
+        failure = opened.error();
+        return false;
+    }
+    link = std::move(opened.value());
+    if (!hasKnownPixels(link->raw(), link->screen())) {
+        fail("This display's pixel format is not supported.");
+        return false;
+    }
+    // Before the screens are read, so that no change between the two is missed.
+    if (link->has(xcb_randr_id)) {
+        screenChangeEvent = xcb_get_extension_data(link->raw(), &xcb_randr_id)->first_event;
+        xcb_randr_select_input(link->raw(), link->root(),
+                               XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
+                                   XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+    }
+    const std::uint32_t structure = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(link->raw(), link->root(), XCB_CW_EVENT_MASK, &structure);
+    if (!placeRegion()) return false;
+
+    damage = X11DamageWatch::create(*link);
+    if (!damage) {
+        fail("The display server cannot report what changes on the screen.");
+        return false;
+    }
+    if (job.configuration.showsCursor) pointer = std::make_unique<X11PointerWatch>(*link);
+    reader = std::make_unique<X11PictureReader>(*link, region.area());
+    composer.emplace(PixelSize{region.width, region.height},
+                     PixelSize{job.configuration.width, job.configuration.height});
+    if (link->isLost()) fail("The display server ended the connection.");
+    return mayGoOn();
+}
+
+// Where the region lies on the root window as the screens are now. Its size never changes.
+bool X11CaptureWorker::placeRegion() {
+    const auto screens = readScreens(link->raw(), link->screen());
+    const auto root =
+        link->await<xcb_get_geometry_reply_t>(xcb_get_geometry(link->raw(), link->root()).sequence);
+    const auto screen = std::ranges::find(screens, job.displayID, &NativeScreen::id);
+    if (link->isLost() || !root) {
+        if (link->isLost()) fail("The display server ended the connection.");
+        return false;
+    }
+    if (screen == screens.end()) {
+        fail("The recorded display is no longer there.");
+        return false;
+    }
+    const auto placed = nativeRegion(*screen, job.configuration.sourceRect);
+    if (!placed) {
+        fail("The region cannot be recorded on this display.");
+        return false;
+    }
+    if (composer && (placed->width != region.width || placed->height != region.height)) {
+        fail("The scale of the recorded display has changed.");
+        return false;
+    }
+    region = *placed;
+    visible = visibleParts(screens, {root->width, root->height}, region);
+    return true;
+}
+
+void X11CaptureWorker::settle() {
+    // A new watch reports all that there is, once.
+    damage->ask();
+    damage->take();
+    const Nanoseconds begin = X11CaptureLink::now();
+    Nanoseconds quietSince = begin;
+    while (mayGoOn()) {
+        handleEvents();
+        const Nanoseconds now = X11CaptureLink::now();
+        const Nanoseconds enough = std::min(quietSince + quietAtStart, begin + longestSettling);
+        if (now >= enough) break;
+        if (!damage->changedAt()) {
+            link->sleep(enough);
+            continue;
+        }
+        damage->ask();
+        const auto drawn = damage->take();
+        if (!drawn) break;
+        for (const PixelRect& rect : *drawn)
+            if (!rect.intersection(region).isEmpty()) quietSince = now;
+    }
+}
+
+void X11CaptureWorker::handleEvents() {
+    while (const auto event = link->nextEvent()) {
+        const int type = event->response_type & 0x7F;
+        if (damage->handle(*event, X11CaptureLink::now())) continue;
+        if (pointer && pointer->handle(*event)) continue;
+        // Of RandR there are two kinds of events; a monitor that a person has defined shows only as a changed
+        // root window.
+        if (type == XCB_CONFIGURE_NOTIFY ||
+            (screenChangeEvent != 0 && (type == screenChangeEvent || type == screenChangeEvent + 1)))
+            screensAreStale = true;
+        else if (type == 0)
+            ++refusals;
+    }
+    if (link->isLost()) fail("The display server ended the connection.");
+    if (refusals >= mostRefusals) fail("The display server refuses to hand out the picture.");
+}
+
+void X11CaptureWorker::followScreens() {
+    if (!screensAreStale || !mayGoOn()) return;
+    screensAreStale = false;
+    const PixelRect before = region;
+    const std::vector<PixelRect> visibleBefore = visible;
+    if (!placeRegion() || (region == before && visible == visibleBefore)) return;
+    composer->clear();
+    pictureIsStale = true;
+}
+
+X11CaptureWorker::Nanoseconds X11CaptureWorker::nextLook() const {
+    if (pictureIsStale) return std::max(heldUntil, pacer.dueForPointer());
+    Nanoseconds due = INT64_MAX;
+    if (const auto changed = damage->changedAt()) due = pacer.dueForChange(*changed);
+    if (pointer) due = std::min(due, pointer->dueAt(pacer));
+    return std::max(due, heldUntil);
+}
+
+// One look at the screen: what was drawn and where the pointer is, and a sample of it.
+void X11CaptureWorker::look(bool isLast) {
+    // The last frame is handed over in any case: nothing comes after it that could carry its content.
+    if (!isLast && !client.takesSample()) {
+        heldUntil = X11CaptureLink::now() + frameInterval(job.configuration.minimumFrameInterval) / 2;
+        return;
+    }
+    const bool asksDamage = damage->changedAt() || pictureIsStale || isLast;
+    if (asksDamage) damage->ask();
+    if (pointer) pointer->ask();
+    std::optional<std::vector<PixelRect>> drawn;
+    if (asksDamage) drawn = damage->take();
+    const Nanoseconds time = X11CaptureLink::now();
+    const bool answered = (!asksDamage || drawn) && (!pointer || pointer->take(time));
+
+    bool insideRegion = false;
+    if (!answered || !readChanges(std::move(drawn).value_or(std::vector<PixelRect>{}), insideRegion)) {
+        if (end.requested() != EndSignal::Request::none) return;
+        // The screens may have just changed: they are read anew, and then everything in the region.
+        if (link->isLost()) fail("The display server ended the connection.");
+        ++refusals;
+        screensAreStale = true;
+        pictureIsStale = true;
+        pacer.looked(time);
+        return;
+    }
+    refusals = 0;
+    if (pointer) composer->setCursor(pointer->shape(), pointer->x() - region.x, pointer->y() - region.y);
+
+    StreamSample sample{.isValid = true, .presentationTime = MediaTime::nanoseconds(time)};
+    sample.image = composer->compose();
+    if (!sample.image) {
+        pacer.looked(time);
+        if (!insideRegion) return;
+    } else {
+        pacer.took(time);
+    }
+    sample.status = static_cast<int>(sample.image ? FrameStatus::complete : FrameStatus::idle);
+    if (!std::exchange(hasStarted, true)) client.captureStarted();
+    client.deliver(std::move(sample));
+}
+
+bool X11CaptureWorker::readChanges(std::vector<PixelRect> drawn, bool& insideRegion) {
+    TileMap tiles({region.width, region.height});
+    if (pictureIsStale) tiles.markAll();
+    for (PixelRect& rect : drawn) {
+        rect.x -= region.x;
+        rect.y -= region.y;
+        tiles.mark(rect);
+    }
+    std::vector<PixelRect> parts;
+    const std::vector<PixelRect> marked = joined(tiles.rects(), readOverhead);
+    for (const PixelRect& part : visible)
+        for (const PixelRect& rect : marked) {
+            const PixelRect shown = rect.intersection(part);
+            if (!shown.isEmpty())
+                parts.push_back({shown.x + region.x, shown.y + region.y, shown.width, shown.height});
+        }
+    insideRegion = !parts.empty();
+    const bool read =
+        reader->read(parts, [this](const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
+            composer->update({rect.x - region.x, rect.y - region.y, rect.width, rect.height}, pixels, stride);
+        });
+    if (read) pictureIsStale = false;
+    return read;
+}
+
+} // namespace clipwren

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/ScreenCapture.h"
+#include "platform/linux/capture/EndSignal.h"
+#include "platform/linux/capture/FrameComposer.h"
+#include "platform/linux/capture/FramePacer.h"
+#include "platform/linux/x11/X11CaptureLink.h"
+#include "platform/linux/x11/X11DamageWatch.h"
+#include "platform/linux/x11/X11PictureReader.h"
+#include "platform/linux/x11/X11PointerWatch.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace clipwren {
+
+// What a capture thread does, from connecting to its last frame. It sleeps until the server reports drawing
+// inside the region or a moving pointer, then reads just that.
+class X11CaptureWorker {
+public:
+    struct Job {
+        std::string displayName; // empty: the one that DISPLAY names
+        std::uint32_t displayID = 0;
+        StreamConfiguration configuration;
+    };
+
+    // Called on the worker's thread.
+    class Client {
+    public:
+        virtual ~Client() = default;
+        // Once, before the first sample.
+        virtual void captureStarted() = 0;
+        // Whether another sample may be handed over. While not, none is made, and what changes meanwhile
+        // shows in the next one.
+        virtual bool takesSample() = 0;
+        virtual void deliver(StreamSample sample) = 0;
+    };
+
+    // The client and the signal outlive the worker.
+    X11CaptureWorker(Job job, Client& client, EndSignal& end);
+    ~X11CaptureWorker();
+
+    // Captures until the signal asks to end: returns nothing then. Returns the error when it could not start
+    // or had to end by itself.
+    std::optional<PlatformError> run();
+
+private:
+    using Nanoseconds = X11CaptureLink::Nanoseconds;
+
+    bool connect();
+    bool placeRegion();
+    void settle();
+    void handleEvents();
+    void followScreens();
+    Nanoseconds nextLook() const;
+    void look(bool isLast);
+    bool readChanges(std::vector<PixelRect> drawn, bool& insideRegion);
+    void fail(std::string text);
+    bool mayGoOn() const;
+
+    const Job job;
+    Client& client;
+    EndSignal& end;
+
+    std::unique_ptr<X11CaptureLink> link;
+    std::unique_ptr<X11DamageWatch> damage;
+    std::unique_ptr<X11PointerWatch> pointer; // null when the cursor is not shown
+    std::unique_ptr<X11PictureReader> reader;
+    std::optional<FrameComposer> composer;
+    FramePacer pacer;
+
+    PixelRect region; // native
+    std::vector<PixelRect> visible;
+    std::uint8_t screenChangeEvent = 0; // of RandR; 0 without
+    bool hasStarted = false;
+    bool screensAreStale = false;
+    bool pictureIsStale = true; // all of it is to be read
+    int refusals = 0;           // in a row
+    Nanoseconds heldUntil = 0;
+    std::optional<PlatformError> failure;
+};
+
+} // namespace clipwren

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "platform/ScreenCapture.h"
+
+#include <memory>
+#include <string>
+
+namespace clipwren {
+
+class X11Connection;
+
+// Screen recording on X11, where every program may see the screen. The root window of Xwayland is the
+// exception: it shows nothing of the Wayland desktop, and nobody can be asked.
+class X11ScreenCapture final : public ScreenCapture {
+public:
+    // Both outlive this object and the streams. Streams connect to the display by themselves; `displayName`
+    // empty: the one that DISPLAY names.
+    X11ScreenCapture(X11Connection& connection, MainQueue& mainQueue, std::string displayName = {});
+
+    CapturePermission permission() const override;
+    void requestPermission() override {}
+    void shareableContent(ContentCompletion completion) override;
+
+    // Windows cannot be left out of what an X server shows: the caller leaves the region clear of them.
+    std::shared_ptr<CaptureStream> makeStream(const ContentFilter& filter,
+                                              const StreamConfiguration& configuration,
+                                              std::weak_ptr<StreamDelegate> delegate) override;
+
+private:
+    X11Connection& connection;
+    MainQueue& mainQueue;
+    const std::string displayName;
+};
+
+} // namespace clipwren
