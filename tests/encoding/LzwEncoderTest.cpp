@@ -1,0 +1,96 @@
+#include "encoding/LzwEncoder.h"
+
+#include "encoding/GifWriter.h"
+#include "tests/support/DecodedGif.h"
+#include "tests/support/MemorySink.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace clipwren {
+namespace {
+
+// The indices as an independent decoder reads them from a file around the codes: as greys.
+std::vector<Pixel> decoded(const std::vector<std::uint8_t>& indices, int bits) {
+    Palette palette;
+    for (unsigned i = 0; i < 1u << bits; ++i)
+        palette.push_back(i * 0x010101u);
+    MemorySink sink;
+    GifWriter writer(sink);
+    const int width = static_cast<int>(indices.size());
+    writer.begin({width, 1});
+    writer.frame({.rect = {0, 0, width, 1},
+                  .hundredths = 2,
+                  .palette = palette,
+                  .transparency = std::nullopt,
+                  .data = LzwEncoder().encode(indices, minimumCodeSize(palette.size()))});
+    writer.end();
+    const DecodedGif gif = DecodedGif::read(sink.bytes);
+    EXPECT_EQ(gif.error, "");
+    return gif.frames.empty() ? std::vector<Pixel>{} : gif.frames.front().shown;
+}
+
+void expectRoundTrip(const std::vector<std::uint8_t>& indices, int bits) {
+    std::vector<Pixel> expected;
+    for (const std::uint8_t index : indices)
+        expected.push_back(index * 0x010101u);
+    EXPECT_EQ(decoded(indices, bits), expected) << indices.size() << " indices of " << bits << " bits";
+}
+
+std::vector<std::uint8_t> randomIndices(std::size_t count, int bits, unsigned seed) {
+    std::mt19937 random(seed);
+    std::vector<std::uint8_t> indices(count);
+    for (std::uint8_t& index : indices)
+        index = static_cast<std::uint8_t>(random() & ((1u << bits) - 1));
+    return indices;
+}
+
+TEST(LzwEncoder, KnownCodesOfATinyPicture) {
+    // Clear (4), 1, 1, 1-1 (6), end (5): three bits each, four from the sixth string on.
+    const std::vector<std::uint8_t> ones(4, 1);
+    const std::vector<std::uint8_t> codes = LzwEncoder().encode(ones, 2);
+    // 100 001 110 001 101, the first code in the lowest bits.
+    EXPECT_EQ(codes, (std::vector<std::uint8_t>{0b10001100, 0b01010011}));
+}
+
+TEST(LzwEncoder, EveryShortLengthSurvives) {
+    for (int bits = 1; bits <= 8; ++bits)
+        for (std::size_t count = 1; count < 600; ++count) {
+            expectRoundTrip(randomIndices(count, bits, static_cast<unsigned>(count)), bits);
+            if (HasFailure()) return;
+        }
+}
+
+TEST(LzwEncoder, LengthsAroundAFullTableSurvive) {
+    // Random bytes make a string a code: the table is full after about 3,840.
+    for (std::size_t count = 3'800; count < 3'900; ++count) {
+        expectRoundTrip(randomIndices(count, 8, 7), 8);
+        if (HasFailure()) return;
+    }
+}
+
+TEST(LzwEncoder, LongRowsOfEveryKindSurvive) {
+    for (int bits = 1; bits <= 8; ++bits) {
+        expectRoundTrip(randomIndices(60'000, bits, 3), bits);
+        expectRoundTrip(std::vector<std::uint8_t>(65'535, static_cast<std::uint8_t>((1 << bits) - 1)), bits);
+    }
+    std::vector<std::uint8_t> mixed;
+    for (int i = 0; i < 30; ++i) {
+        const auto noise = randomIndices(1'000, 8, static_cast<unsigned>(i));
+        mixed.insert(mixed.end(), noise.begin(), noise.end());
+        mixed.insert(mixed.end(), 1'000, static_cast<std::uint8_t>(i));
+    }
+    expectRoundTrip(mixed, 8);
+}
+
+TEST(LzwEncoder, CanBeUsedAgain) {
+    LzwEncoder encoder;
+    const auto indices = randomIndices(10'000, 5, 1);
+    const auto once = encoder.encode(indices, 5);
+    encoder.encode(randomIndices(5'000, 8, 2), 8);
+    EXPECT_EQ(encoder.encode(indices, 5), once);
+}
+
+} // namespace
+} // namespace clipwren
