@@ -1,0 +1,185 @@
+#include "encoding/PaletteQuantizer.h"
+
+#include "encoding/NearestColor.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <span>
+
+namespace clipwren {
+
+namespace {
+
+constexpr int refinements = 2;
+// A colour that makes up that share of its cluster stands for it instead of the mean.
+constexpr float dominance = 0.4f;
+// A colour with that many times the pixels of a mean entry is kept as it is.
+constexpr double prevalence = 2;
+
+struct Sample {
+    PerceptualColor place;
+    Pixel color = 0;
+    float weight = 0;
+};
+
+using Axis = float PerceptualColor::*;
+constexpr std::array<Axis, 3> axes{&PerceptualColor::lightness, &PerceptualColor::first,
+                                   &PerceptualColor::second};
+
+// Neighbouring samples of the array and how far they lie from their mean.
+struct Cluster {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    Axis widest = axes[0];
+    float mean = 0;   // along the widest axis
+    double error = 0; // sum of the weighted squared distances along it
+};
+
+Cluster measured(const std::vector<Sample>& samples, std::size_t begin, std::size_t end) {
+    Cluster cluster{.begin = begin, .end = end};
+    double weight = 0;
+    std::array<double, 3> sum{};
+    std::array<double, 3> squares{};
+    for (std::size_t i = begin; i < end; ++i) {
+        weight += samples[i].weight;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            const double value = samples[i].place.*axes[axis];
+            sum[axis] += samples[i].weight * value;
+            squares[axis] += samples[i].weight * value * value;
+        }
+    }
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const double error = squares[axis] - sum[axis] * sum[axis] / weight;
+        if (error <= cluster.error) continue;
+        cluster.error = error;
+        cluster.widest = axes[axis];
+        cluster.mean = static_cast<float>(sum[axis] / weight);
+    }
+    return cluster;
+}
+
+// Cuts the cluster with the largest error again and again.
+std::vector<Cluster> divided(std::vector<Sample>& samples, std::size_t limit) {
+    const auto smallerError = [](const Cluster& a, const Cluster& b) { return a.error < b.error; };
+    std::vector<Cluster> heap{measured(samples, 0, samples.size())};
+    while (heap.size() < limit) {
+        std::pop_heap(heap.begin(), heap.end(), smallerError);
+        const Cluster cluster = heap.back();
+        const auto first = samples.begin() + static_cast<std::ptrdiff_t>(cluster.begin);
+        const auto last = samples.begin() + static_cast<std::ptrdiff_t>(cluster.end);
+        const auto middle = std::partition(
+            first, last, [&](const Sample& sample) { return sample.place.*cluster.widest < cluster.mean; });
+        if (middle == first || middle == last) {
+            std::push_heap(heap.begin(), heap.end(), smallerError);
+            break;
+        }
+        const auto cut = static_cast<std::size_t>(middle - samples.begin());
+        heap.back() = measured(samples, cluster.begin, cut);
+        std::push_heap(heap.begin(), heap.end(), smallerError);
+        heap.push_back(measured(samples, cut, cluster.end));
+        std::push_heap(heap.begin(), heap.end(), smallerError);
+    }
+    return heap;
+}
+
+// The sums of one cluster's samples, and the heaviest of them.
+struct Gathering {
+    double weight = 0;
+    std::array<double, 3> place{};
+    std::array<double, 3> color{};
+    Sample heaviest;
+
+    void add(const Sample& sample) {
+        weight += sample.weight;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            place[axis] += sample.weight * static_cast<double>(sample.place.*axes[axis]);
+            color[axis] += sample.weight * static_cast<double>((sample.color >> (8 * axis)) & 0xFF);
+        }
+        if (sample.weight > heaviest.weight) heaviest = sample;
+    }
+
+    PerceptualColor meanPlace() const {
+        const auto mean = [&](std::size_t axis) {
+            return static_cast<float>(std::round(place[axis] / weight));
+        };
+        return {mean(0), mean(1), mean(2)};
+    }
+
+    Pixel representative() const {
+        if (heaviest.weight >= dominance * weight) return heaviest.color;
+        Pixel result = 0;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            result |= static_cast<Pixel>(std::lround(color[axis] / weight)) << (8 * axis);
+        return result;
+    }
+};
+
+// Moves every mean to the middle of the samples that are nearer to it than to any other or to a kept sample.
+// Means without any vanish.
+void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept,
+            std::span<const Sample> samples) {
+    std::vector<PerceptualColor> places;
+    for (const Sample& sample : kept)
+        places.push_back(sample.place);
+    for (const Gathering& gathering : gatherings)
+        places.push_back(gathering.meanPlace());
+
+    const NearestColor nearest(places);
+    gatherings.assign(gatherings.size(), {});
+    for (const Sample& sample : samples) {
+        const std::size_t place = nearest.find(sample.place);
+        if (place >= kept.size()) gatherings[place - kept.size()].add(sample);
+    }
+    std::erase_if(gatherings, [](const Gathering& gathering) { return gathering.weight == 0; });
+}
+
+std::vector<Gathering> gathered(std::vector<Sample>& samples, std::size_t limit) {
+    std::vector<Gathering> gatherings;
+    for (const Cluster& cluster : divided(samples, limit)) {
+        Gathering& gathering = gatherings.emplace_back();
+        for (std::size_t i = cluster.begin; i < cluster.end; ++i)
+            gathering.add(samples[i]);
+    }
+    return gatherings;
+}
+
+// Takes the samples out that have so many pixels that they earn an entry of their own, however near others
+// are.
+std::vector<Sample> takePrevalent(std::vector<Sample>& samples, std::size_t limit) {
+    double total = 0;
+    for (const Sample& sample : samples)
+        total += sample.weight;
+    const double threshold = prevalence * total / static_cast<double>(limit);
+    const auto begin = std::stable_partition(samples.begin(), samples.end(),
+                                             [&](const Sample& sample) { return sample.weight < threshold; });
+    std::vector<Sample> prevalent(begin, samples.end());
+    samples.erase(begin, samples.end());
+    return prevalent;
+}
+
+} // namespace
+
+Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
+    std::vector<Sample> samples;
+    samples.reserve(colors.size());
+    for (const WeightedColor& color : colors)
+        samples.push_back({perceptualColor(color.color), color.color, color.weight});
+
+    Palette palette;
+    const std::vector<Sample> prevalent = takePrevalent(samples, limit);
+    for (const Sample& sample : prevalent)
+        palette.push_back(sample.color);
+    if (samples.empty()) return palette;
+
+    std::vector<Gathering> gatherings = gathered(samples, limit - prevalent.size());
+    for (int i = 0; i < refinements; ++i)
+        refine(gatherings, prevalent, samples);
+    for (const Gathering& gathering : gatherings) {
+        const Pixel color = gathering.representative();
+        if (std::find(palette.begin(), palette.end(), color) == palette.end()) palette.push_back(color);
+    }
+    return palette;
+}
+
+} // namespace clipwren

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "encoding/Palette.h"
+#include "encoding/PerceptualColor.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace clipwren {
+
+// A colour that stands for `weight` pixels.
+struct WeightedColor {
+    Pixel color = 0;
+    float weight = 0;
+};
+
+// At most `limit` different colours, 1 to 256, that stand for all those given, of which there is at least
+// one: few pixels end up far from the nearest of them. A colour that many pixels share is taken over exactly.
+Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit);
+
+} // namespace clipwren

@@ -1,0 +1,99 @@
+#include "encoding/ColorIndexer.h"
+
+#include "encoding/PerceptualColor.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <set>
+
+namespace clipwren {
+namespace {
+
+std::vector<Pixel> randomColors(std::size_t count, unsigned seed) {
+    std::mt19937 random(seed);
+    std::vector<Pixel> colors(count);
+    for (Pixel& color : colors)
+        color = random() & 0xFFFFFF;
+    return colors;
+}
+
+double meanDistance(const std::vector<Pixel>& colors, const IndexedColors& indexed) {
+    double sum = 0;
+    for (std::size_t i = 0; i < colors.size(); ++i)
+        sum += std::sqrt(squaredDistance(perceptualColor(colors[i]),
+                                         perceptualColor(indexed.palette[indexed.indices[i]])));
+    return sum / static_cast<double>(colors.size()) / perceptualUnit;
+}
+
+void expectSound(const std::vector<Pixel>& colors, const IndexedColors& indexed, std::size_t limit) {
+    ASSERT_EQ(indexed.indices.size(), colors.size());
+    ASSERT_GE(indexed.palette.size(), 1u);
+    ASSERT_LE(indexed.palette.size(), limit);
+    const std::set<Pixel> distinct(indexed.palette.begin(), indexed.palette.end());
+    EXPECT_EQ(distinct.size(), indexed.palette.size());
+    for (const std::uint8_t index : indexed.indices)
+        ASSERT_LT(index, indexed.palette.size());
+}
+
+TEST(ColorIndexer, FewColorsStayExact) {
+    for (const std::size_t count : {1u, 2u, 3u, 255u}) {
+        std::vector<Pixel> colors = randomColors(count, 1);
+        for (int i = 0; i < 3; ++i)
+            colors.insert(colors.end(), colors.begin(), colors.end());
+        const IndexedColors indexed = indexColors(colors, 255);
+        expectSound(colors, indexed, 255);
+        for (std::size_t i = 0; i < colors.size(); ++i)
+            EXPECT_EQ(indexed.palette[indexed.indices[i]], colors[i]);
+    }
+}
+
+TEST(ColorIndexer, OneColorTooManyCostsLittle) {
+    const std::vector<Pixel> colors = randomColors(256, 2);
+    const IndexedColors indexed = indexColors(colors, 255);
+    expectSound(colors, indexed, 255);
+    EXPECT_LT(meanDistance(colors, indexed), 0.5);
+}
+
+TEST(ColorIndexer, EqualColorsGetEqualEntries) {
+    std::vector<Pixel> colors = randomColors(20'000, 3);
+    colors.insert(colors.end(), colors.begin(), colors.begin() + 20'000);
+    const IndexedColors indexed = indexColors(colors, 255);
+    expectSound(colors, indexed, 255);
+    EXPECT_TRUE(std::equal(indexed.indices.begin(), indexed.indices.begin() + 20'000,
+                           indexed.indices.begin() + 20'000));
+}
+
+// An interface: a few colours on most pixels, among them near ones, and a photograph.
+TEST(ColorIndexer, FlatColorsStayExactBesideAPhotograph) {
+    const std::vector<Pixel> flat{0xFFFFFF, 0xFAFAFA, 0xF8F8F8, 0x202124, 0x1A73E8, 0x000000};
+    for (const std::size_t photograph : {3'000u, 50'000u}) {
+        std::vector<Pixel> colors = randomColors(photograph, 4);
+        for (const Pixel color : flat)
+            colors.insert(colors.end(), 20'000, color);
+        const IndexedColors indexed = indexColors(colors, 255);
+        expectSound(colors, indexed, 255);
+        for (std::size_t i = photograph; i < colors.size(); i += 20'000)
+            EXPECT_EQ(indexed.palette[indexed.indices[i]], colors[i]) << std::hex << colors[i];
+    }
+}
+
+TEST(ColorIndexer, AGreyRampKeepsItsGrades) {
+    std::vector<Pixel> colors;
+    for (Pixel grey = 0; grey < 256; ++grey)
+        colors.insert(colors.end(), 10, grey * 0x010101);
+    const IndexedColors indexed = indexColors(colors, 64);
+    expectSound(colors, indexed, 64);
+    EXPECT_LT(meanDistance(colors, indexed), 0.8);
+}
+
+TEST(ColorIndexer, OneColorOfManyIsAllowed) {
+    const std::vector<Pixel> colors = randomColors(1'000, 5);
+    const IndexedColors indexed = indexColors(colors, 1);
+    expectSound(colors, indexed, 1);
+}
+
+} // namespace
+} // namespace clipwren
