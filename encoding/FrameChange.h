@@ -1,0 +1,32 @@
+#pragma once
+
+#include "base/Image.h"
+
+#include <vector>
+
+namespace clipwren {
+
+// Neighbouring pixels of one row.
+struct PixelRun {
+    int x = 0;
+    int y = 0;
+    int length = 0;
+    friend bool operator==(const PixelRun&, const PixelRun&) = default;
+};
+
+// What has another colour than in the picture before.
+struct FrameChange {
+    PixelRect rect;             // the smallest that holds all of it; empty when nothing changed
+    std::vector<PixelRun> runs; // every changed pixel once, block by block
+    std::vector<Pixel> colors;  // the new colours, opaque (0x00RRGGBB), in the order of the runs
+
+    bool isEmpty() const { return runs.empty(); }
+};
+
+// All pixels of a picture.
+FrameChange wholeFrame(const Image& image);
+
+// Compares pictures of the same size; the cost follows the blocks that they do not share.
+FrameChange changeSince(const Image& previous, const Image& current);
+
+} // namespace clipwren

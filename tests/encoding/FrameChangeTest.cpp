@@ -1,0 +1,59 @@
+#include "encoding/FrameChange.h"
+
+#include "tests/support/TestPicture.h"
+
+#include <gtest/gtest.h>
+
+namespace clipwren {
+namespace {
+
+TEST(FrameChange, OfEqualPicturesIsEmpty) {
+    const TestPicture picture(100, 40, 0xFF336699);
+    EXPECT_TRUE(changeSince(picture.image(), picture.image()).isEmpty());
+    const Image image = picture.image();
+    EXPECT_TRUE(changeSince(image, image).isEmpty());
+}
+
+TEST(FrameChange, HoldsTheSmallestRectangleAndTheNewColors) {
+    TestPicture picture(200, 50, 0xFF000000);
+    const Image before = picture.image();
+    picture.at(70, 20) = 0xFF112233;
+    picture.at(71, 20) = 0xFF445566;
+    picture.at(130, 33) = 0xFF778899;
+    const FrameChange change = changeSince(before, picture.imageAfter(before));
+    EXPECT_EQ(change.rect, (PixelRect{70, 20, 61, 14}));
+    EXPECT_EQ(change.runs, (std::vector<PixelRun>{{70, 20, 2}, {130, 33, 1}}));
+    EXPECT_EQ(change.colors, (std::vector<Pixel>{0x112233, 0x445566, 0x778899}));
+}
+
+TEST(FrameChange, OnePixelAtEveryCornerOfTheBlocksIsFound) {
+    for (const auto& [x, y] : {std::pair{0, 0}, {63, 15}, {64, 16}, {199, 49}, {191, 47}, {192, 48}}) {
+        TestPicture picture(200, 50, 0xFF202020);
+        const Image before = picture.image();
+        picture.at(x, y) = 0xFFFFFFFF;
+        const FrameChange change = changeSince(before, picture.imageAfter(before));
+        EXPECT_EQ(change.rect, (PixelRect{x, y, 1, 1}));
+    }
+}
+
+TEST(FrameChange, AlphaAloneIsNoChange) {
+    const TestPicture opaque(70, 20, 0xFF102030);
+    const TestPicture clear(70, 20, 0x00102030);
+    EXPECT_TRUE(changeSince(opaque.image(), clear.image()).isEmpty());
+}
+
+TEST(FrameChange, AWholeFrameHoldsEveryPixelOnce) {
+    TestPicture picture(130, 35);
+    for (std::size_t i = 0; i < picture.pixels.size(); ++i)
+        picture.pixels[i] = 0xFF000000 | static_cast<Pixel>(i);
+    const FrameChange change = wholeFrame(picture.image());
+    EXPECT_EQ(change.rect, (PixelRect{0, 0, 130, 35}));
+    ASSERT_EQ(change.colors.size(), picture.pixels.size());
+    std::size_t next = 0;
+    for (const PixelRun& run : change.runs)
+        for (int i = 0; i < run.length; ++i)
+            EXPECT_EQ(change.colors[next++], picture.at(run.x + i, run.y) & 0xFFFFFF);
+}
+
+} // namespace
+} // namespace clipwren
