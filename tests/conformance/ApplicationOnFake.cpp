@@ -13,6 +13,7 @@ struct FakeApplicationSubject {
         work();
         return fake.isTerminated;
     }
+    void comeBack() { fake.becomeActive(); }
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ApplicationConformance, FakeApplicationSubject);
