@@ -77,12 +77,13 @@ std::shared_ptr<CaptureStream> FakeScreenCapture::makeStream(const ContentFilter
 }
 
 void FakeScreenCapture::finishStart() {
-    const auto control = streams.back();
-    if (!control->pendingStart) return;
-    control->isRunning = !startError.has_value();
-    mainQueue.async([completion = std::exchange(control->pendingStart, nullptr), error = startError] {
-        completion(error);
-    });
+    for (const auto& control : streams) {
+        if (!control->pendingStart) continue;
+        control->isRunning = !startError.has_value();
+        mainQueue.async([completion = std::exchange(control->pendingStart, nullptr), error = startError] {
+            completion(error);
+        });
+    }
 }
 
 } // namespace clipwren

@@ -67,7 +67,7 @@ public:
                                               const StreamConfiguration& configuration,
                                               std::weak_ptr<StreamDelegate> delegate) override;
 
-    // Completes the held start of the newest stream, with `startError` if there is one.
+    // Completes the held starts, with `startError` if there is one.
     void finishStart();
 
 private:

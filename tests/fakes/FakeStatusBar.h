@@ -7,6 +7,7 @@ namespace clipwren {
 // What a status item shows right now.
 struct FakeStatusItemState {
     std::string symbolName;
+    std::vector<std::string> symbolHistory; // every change of the symbol
     std::string accessibilityDescription;
     std::optional<Tint> tint;
     ImagePosition imagePosition = ImagePosition::imageOnly;
@@ -42,6 +43,7 @@ private:
         ~Item() override { state->exists = false; }
         void setSymbolImage(const std::string& symbolName,
                             const std::string& accessibilityDescription) override {
+            if (state->symbolName != symbolName) state->symbolHistory.push_back(symbolName);
             state->symbolName = symbolName;
             state->accessibilityDescription = accessibilityDescription;
         }
