@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/SettingsView.h"
+
+#include <QWidget>
+
+#include <string>
+
+namespace clipwren {
+
+// A filled circle with a mark in it, drawn sharp at every scale. Whoever hears the window is told its
+// accessible name.
+class PermissionIcon : public QWidget {
+public:
+    explicit PermissionIcon(QWidget* parent);
+
+    // "checkmark.circle.fill" or "xmark.circle.fill"; any other name shows nothing.
+    void setSymbol(const std::string& newSymbolName, SymbolTint newTint);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    std::string symbolName;
+    SymbolTint tint = SymbolTint::systemRed;
+};
+
+} // namespace clipwren
