@@ -44,7 +44,7 @@ QPainterPath markOf(const std::string& symbolName) {
 
 } // namespace
 
-PermissionIcon::PermissionIcon(QWidget* parent) : QWidget(parent) {
+PermissionIcon::PermissionIcon() {
     static const bool isDescribed = (QAccessible::installFactory(describe), true);
     static_cast<void>(isDescribed);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);

@@ -12,7 +12,7 @@ namespace clipwren {
 // accessible name.
 class PermissionIcon : public QWidget {
 public:
-    explicit PermissionIcon(QWidget* parent);
+    PermissionIcon();
 
     // "checkmark.circle.fill" or "xmark.circle.fill"; any other name shows nothing.
     void setSymbol(const std::string& newSymbolName, SymbolTint newTint);

@@ -105,16 +105,12 @@ QtSettingsWindow::QtSettingsWindow(const SettingsContent& content)
 }
 
 QWidget* QtSettingsWindow::makePermissionRow(const SettingsContent& content) {
-    auto* control = new QWidget;
-    auto* layout = makeLayout<QHBoxLayout>(control, permissionSpacing);
-    permStatusIcon = new PermissionIcon(control);
+    permStatusIcon = new PermissionIcon;
     permEnableButton = new QPushButton(textOf(content.enableTitle));
     permEnableButton->setAccessibleDescription(textOf(content.permissionLabel));
     connect(permEnableButton, &QPushButton::clicked, this,
             [this] { report(&SettingsViewDelegate::enableClicked); });
-    layout->addWidget(permStatusIcon, 0, Qt::AlignVCenter);
-    layout->addWidget(permEnableButton, 0, Qt::AlignVCenter);
-    return formRow(content.permissionLabel, control, permStatusIcon);
+    return formRow(content.permissionLabel, {permStatusIcon, permEnableButton});
 }
 
 QWidget* QtSettingsWindow::makePopupRow(const SettingsPopupRow& row, SettingsPopup popup) {
@@ -130,18 +126,22 @@ QWidget* QtSettingsWindow::makePopupRow(const SettingsPopupRow& row, SettingsPop
         case SettingsPopup::duration: return report(&SettingsViewDelegate::durationChanged);
         }
     });
-    return formRow(row.label, box, box);
+    return formRow(row.label, {box});
 }
 
-// `described` is what the label names to those who hear the window.
-QWidget* QtSettingsWindow::formRow(const std::string& text, QWidget* control, QWidget* described) {
+// The label names the first control to those who hear the window; Qt finds it only among its siblings.
+QWidget* QtSettingsWindow::formRow(const std::string& text, const std::vector<QWidget*>& controls) {
     auto* row = new QWidget;
     auto* layout = makeLayout<QHBoxLayout>(row, controlSpacing);
     auto* label = new QLabel(textOf(text));
-    label->setBuddy(described);
+    label->setBuddy(controls.front());
     layout->addWidget(label, 0, Qt::AlignVCenter);
     layout->addStretch();
-    layout->addWidget(control, 0, Qt::AlignVCenter);
+    auto* controlsLayout = new QHBoxLayout;
+    controlsLayout->setSpacing(permissionSpacing);
+    for (QWidget* control : controls)
+        controlsLayout->addWidget(control, 0, Qt::AlignVCenter);
+    layout->addLayout(controlsLayout);
     return row;
 }
 

@@ -5,6 +5,9 @@
 #include <QWidget>
 
 #include <array>
+#include <memory>
+#include <string>
+#include <vector>
 
 class QCheckBox;
 class QComboBox;
@@ -38,7 +41,7 @@ protected:
 private:
     QWidget* makePermissionRow(const SettingsContent& content);
     QWidget* makePopupRow(const SettingsPopupRow& row, SettingsPopup popup);
-    QWidget* formRow(const std::string& text, QWidget* control, QWidget* described);
+    QWidget* formRow(const std::string& text, const std::vector<QWidget*>& controls);
     QWidget* makeSection(const std::string& title, const std::vector<QWidget*>& rows);
     void report(void (SettingsViewDelegate::*event)());
     void followTheme();
