@@ -120,7 +120,7 @@ TEST_F(X11PasteboardTest, OffersTheThreeFormsAndNoOther) {
     X11Pasteboard pasteboard;
     EXPECT_TRUE(pasteboard.writeFileURL(file));
     expectAllForms(file);
-    EXPECT_EQ(read("TARGETS"), "TARGETS\nTIMESTAMP\nMULTIPLE\nSAVE_TARGETS\ntext/uri-list\n"
+    EXPECT_EQ(read("TARGETS"), "TARGETS\nTIMESTAMP\nMULTIPLE\ntext/uri-list\n"
                                "x-special/gnome-copied-files\napplication/x-kde-cutselection\n");
     EXPECT_EQ(read("UTF8_STRING"), "(none)");
     EXPECT_EQ(read("image/gif"), "(none)");

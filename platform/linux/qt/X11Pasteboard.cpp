@@ -47,8 +47,7 @@ bool X11Pasteboard::writeFileURL(const std::filesystem::path& file) {
 
 void X11Pasteboard::leaveBehind() {
     clearNow();
-    if (!selection || !selection->isOwner() || selection->saveWithManager()) return;
-    startClipboardKeeper(*selection);
+    if (selection && selection->isOwner()) startClipboardKeeper(*selection);
 }
 
 } // namespace clipwren

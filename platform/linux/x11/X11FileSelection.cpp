@@ -39,12 +39,9 @@ X11FileSelection::~X11FileSelection() { xcb_disconnect(connection); }
 bool X11FileSelection::prepare() {
     if (isLost()) return false;
     constexpr std::array<std::string_view, atomCount> names{"CLIPBOARD",
-                                                            "CLIPBOARD_MANAGER",
                                                             "TARGETS",
                                                             "TIMESTAMP",
                                                             "MULTIPLE",
-                                                            "SAVE_TARGETS",
-                                                            "NULL",
                                                             "CLIPWREN_SELECTION",
                                                             "text/uri-list",
                                                             "x-special/gnome-copied-files",
@@ -166,11 +163,9 @@ bool X11FileSelection::convert(xcb_window_t requestor, xcb_atom_t target, xcb_at
     if (target == atoms[gnomeCopiedFiles]) return putText("copy\n" + offeredUri);
     if (target == atoms[kdeCutSelection]) return putText("0");
     if (target == atoms[timestamp]) return put(XCB_ATOM_INTEGER, 32, 1, &ownedSince);
-    if (target == atoms[saveTargets]) return put(atoms[null], 32, 0, nullptr);
     if (target == atoms[targets]) {
-        const std::array offered{atoms[targets],        atoms[timestamp], atoms[multiple],
-                                 atoms[saveTargets],    atoms[uriList],   atoms[gnomeCopiedFiles],
-                                 atoms[kdeCutSelection]};
+        const std::array offered{atoms[targets], atoms[timestamp],        atoms[multiple],
+                                 atoms[uriList], atoms[gnomeCopiedFiles], atoms[kdeCutSelection]};
         return put(XCB_ATOM_ATOM, 32, offered.size(), offered.data());
     }
     return false;
@@ -195,28 +190,6 @@ bool X11FileSelection::convertMultiple(xcb_window_t requestor, xcb_atom_t proper
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, requestor, property, list->type, 32,
                         static_cast<std::uint32_t>(pairs.size()), pairs.data());
     return true;
-}
-
-bool X11FileSelection::saveWithManager() {
-    const auto manager = owned(xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, atoms[clipboardManager]), nullptr));
-    if (!owning || !manager || manager->owner == XCB_WINDOW_NONE) return false;
-    const auto time = serverTime();
-    if (!time) return false;
-
-    const std::array kept{atoms[uriList], atoms[gnomeCopiedFiles], atoms[kdeCutSelection]};
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atoms[ownProperty], XCB_ATOM_ATOM, 32,
-                        kept.size(), kept.data());
-    xcb_convert_selection(connection, window, atoms[clipboardManager], atoms[saveTargets], atoms[ownProperty],
-                          *time);
-    bool isSaved = false;
-    waitFor([&](const xcb_generic_event_t& event) {
-        const auto* notice = eventAs<xcb_selection_notify_event_t>(event, XCB_SELECTION_NOTIFY);
-        if (!notice || notice->selection != atoms[clipboardManager]) return false;
-        isSaved = notice->property != XCB_ATOM_NONE;
-        return true;
-    });
-    return isSaved;
 }
 
 } // namespace clipwren

@@ -42,18 +42,12 @@ public:
     // Answers what other programs have asked for so far; does not wait.
     void answer();
 
-    // Asks a clipboard manager to keep what is offered. True when one says that it has done so.
-    bool saveWithManager();
-
 private:
     enum Atom : std::size_t {
         clipboard,
-        clipboardManager,
         targets,
         timestamp,
         multiple,
-        saveTargets,
-        null,
         ownProperty,
         uriList,
         gnomeCopiedFiles,
