@@ -66,6 +66,22 @@ std::vector<NativeScreen> layOutScreens(std::vector<NativeMonitor> monitors, dou
     return screens;
 }
 
+std::optional<NativeScreen> screenWithFrame(const std::vector<NativeScreen>& screens, const Rect& frame) {
+    constexpr double largestSide = 32767; // of an X window
+    if (screens.empty()) return std::nullopt;
+    const NativeScreen& primary = screens.front();
+    const double scale = primary.scale;
+    const auto nearest = [](double value) { return limited(std::round(value)); };
+    const PixelRect pixels{primary.pixels.x + nearest(frame.x * scale),
+                           primary.pixels.maxY() - nearest(frame.maxY() * scale),
+                           nearest(std::min(frame.width * scale, largestSide)),
+                           nearest(std::min(frame.height * scale, largestSide))};
+    if (pixels.isEmpty()) return std::nullopt;
+    for (const NativeScreen& screen : screens)
+        if (screen.pixels == pixels) return screen;
+    return NativeScreen{.pixels = pixels, .frame = frame, .scale = scale};
+}
+
 double scaleFromResources(std::string_view resources) {
     constexpr std::string_view key = "Xft.dpi:";
     while (!resources.empty()) {

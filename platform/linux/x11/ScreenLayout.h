@@ -3,6 +3,7 @@
 #include "base/Geometry.h"
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -41,6 +42,10 @@ PixelRect pixelsTouched(const Rect& fractionalPixels);
 // The primary monitor first (the first one, when none is marked), the others in the given order. Monitors
 // without an area are left out, and so are those that lie wholly inside another: mirrored ones.
 std::vector<NativeScreen> layOutScreens(std::vector<NativeMonitor> monitors, double scale);
+
+// A screen with that frame (global points), which need not be one of `screens`: where they put it. None
+// without any screens or when it has no pixels.
+std::optional<NativeScreen> screenWithFrame(const std::vector<NativeScreen>& screens, const Rect& frame);
 
 // Pixels a point as the resource database of the X server tells it: Xft.dpi / 96. Without a sensible value,
 // and under 96, it is 1.

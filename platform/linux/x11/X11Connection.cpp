@@ -74,6 +74,10 @@ X11Connection::Subscription X11Connection::subscribe(EventHandler handler) {
     return subscription;
 }
 
+void X11Connection::synchronize() {
+    owned(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+}
+
 bool X11Connection::waitForEvent(int milliseconds,
                                  const std::function<bool(const xcb_generic_event_t&)>& condition) {
     using Clock = std::chrono::steady_clock;

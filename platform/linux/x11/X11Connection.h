@@ -52,6 +52,9 @@ public:
     // Events are offered to the handlers in the order in which they were subscribed.
     [[nodiscard]] Subscription subscribe(EventHandler handler);
 
+    // Returns when the server has done everything that it was asked for.
+    void synchronize();
+
     // Reads events for at most `milliseconds`, until one satisfies the condition. That one is taken out; the
     // others are handed out later, from the event loop. False when none came.
     bool waitForEvent(int milliseconds, const std::function<bool(const xcb_generic_event_t&)>& condition);
