@@ -23,6 +23,10 @@ public:
                                                  std::weak_ptr<StreamDelegate> delegate);
     ~X11CaptureStream() override;
 
+    // Ends the capture at once and waits for its thread; what is still to complete is queued as a failure. A
+    // second call does nothing. Main thread.
+    void end();
+
     Expected<void, PlatformError> addOutput(std::shared_ptr<StreamOutput> output, StreamOutputType type,
                                             std::shared_ptr<SerialQueue> queue) override;
     void start(StreamCompletion completion) override;
@@ -32,7 +36,6 @@ public:
 private:
     X11CaptureStream(X11CaptureWorker::Job job, MainQueue& mainQueue, std::weak_ptr<StreamDelegate> delegate);
 
-    void end();
     void runWorker();
     void complete(StreamCompletion completion, std::optional<PlatformError> error);
 

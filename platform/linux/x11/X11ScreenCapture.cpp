@@ -88,9 +88,17 @@ void X11ScreenCapture::shareableContent(ContentCompletion completion) {
 std::shared_ptr<CaptureStream> X11ScreenCapture::makeStream(const ContentFilter& filter,
                                                             const StreamConfiguration& configuration,
                                                             std::weak_ptr<StreamDelegate> delegate) {
-    return X11CaptureStream::create(
+    auto stream = X11CaptureStream::create(
         {.displayName = displayName, .displayID = filter.display.displayID, .configuration = configuration},
         mainQueue, std::move(delegate));
+    std::erase_if(streams, [](const auto& known) { return known.expired(); });
+    streams.push_back(stream);
+    return stream;
+}
+
+void X11ScreenCapture::endStreams() {
+    for (const auto& known : streams)
+        if (const auto stream = known.lock()) static_cast<X11CaptureStream&>(*stream).end();
 }
 
 } // namespace clipwren

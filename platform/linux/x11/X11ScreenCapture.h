@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace clipwren {
 
@@ -27,10 +28,14 @@ public:
                                               const StreamConfiguration& configuration,
                                               std::weak_ptr<StreamDelegate> delegate) override;
 
+    // Ends every capture that still runs: before the main queue goes, to which their threads report.
+    void endStreams();
+
 private:
     X11Connection& connection;
     MainQueue& mainQueue;
     const std::string displayName;
+    std::vector<std::weak_ptr<CaptureStream>> streams;
 };
 
 } // namespace clipwren

@@ -1,0 +1,131 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include "platform/StatusItem.h"
+#include "platform/linux/IniStore.h"
+#include "platform/linux/OwnExecutable.h"
+#include "platform/linux/SyslogLog.h"
+#include "platform/linux/ThreadBackgroundQueue.h"
+#include "platform/linux/UnaskedEnd.h"
+#include "platform/linux/XdgFolders.h"
+#include "platform/linux/XdgLoginItem.h"
+#include "platform/linux/qt/DBusWorkspace.h"
+#include "platform/linux/qt/QtAlerts.h"
+#include "platform/linux/qt/QtApplication.h"
+#include "platform/linux/qt/QtCanvas.h"
+#include "platform/linux/qt/QtMainQueue.h"
+#include "platform/linux/qt/QtSettingsView.h"
+#include "platform/linux/qt/X11Pasteboard.h"
+#include "platform/linux/x11/X11Connection.h"
+#include "platform/linux/x11/X11HotKeys.h"
+#include "platform/linux/x11/X11ScreenCapture.h"
+#include "platform/linux/x11/X11Screens.h"
+#include "platform/linux/x11/X11Windows.h"
+
+#include <QApplication>
+
+#include <utility>
+
+namespace clipwren {
+
+namespace {
+
+class NoStatusBar : public StatusBar {
+public:
+    std::unique_ptr<StatusItem> makeStatusItem() override { return nullptr; }
+};
+
+// Asked before the toolkit, which would end the process with a message of its own.
+bool displayAnswers() {
+    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+    const bool answers = xcb_connection_has_error(connection) == 0;
+    xcb_disconnect(connection);
+    return answers;
+}
+
+// Paints once what the badge and the selector are made of: the toolkit loads its fonts now, not when the user
+// waits for the first selection.
+void warmUp(Canvases& canvases) {
+    const auto canvas = canvases.makeBitmap({64, 32});
+    if (!canvas) return;
+    const Font font{.size = 11, .weight = FontWeight::semibold, .kern = 0.4};
+    canvas->fillRoundedRectangle({0, 0, 64, 32}, 16, Color::black(0.5));
+    canvas->fillOval({4, 4, 8, 8}, Color::white());
+    canvas->drawText("clipwren", {16, 4}, font, Color::white());
+}
+
+} // namespace
+
+// In the order in which they are made; the last made goes first.
+struct LinuxPlatform::Parts {
+    explicit Parts(std::unique_ptr<QApplication> toolkit, std::unique_ptr<X11Connection> display)
+        : toolkit(std::move(toolkit)),
+          display(std::move(display)) {}
+
+    ~Parts() {
+        // Threads report to the main queue, and what waits there may hold objects of the core, which need the
+        // ports until they are gone.
+        screenCapture.endStreams();
+        backgroundQueue.finish();
+        mainQueue.clear();
+    }
+
+    const std::unique_ptr<QApplication> toolkit;
+    const std::unique_ptr<X11Connection> display;
+    SyslogLog log;
+    XdgFolders folders;
+    IniStore store{folders.configuration() / "clipwren" / "clipwren.ini"};
+    XdgLoginItem loginItem{folders.configuration(), ownExecutable()};
+    QtMainQueue mainQueue;
+    ThreadBackgroundQueue backgroundQueue;
+    QtApplication application;
+    QtAlerts alerts{log};
+    QtCanvases canvases;
+    X11Screens screens{*display};
+    X11HotKeys hotKeys{*display};
+    X11Windows windows{*display}; // after the hot keys, which go on while it holds the keyboard
+    X11ScreenCapture screenCapture{*display, mainQueue};
+    X11Pasteboard pasteboard;
+    DBusWorkspace workspace;
+    NoStatusBar statusBar;
+    QtSettingsViews settingsViews;
+
+    const Platform ports{alerts,        application, backgroundQueue, canvases,   folders,       hotKeys,
+                         log,           loginItem,   mainQueue,       pasteboard, screenCapture, screens,
+                         settingsViews, statusBar,   store,           windows,    workspace};
+};
+
+Expected<std::unique_ptr<LinuxPlatform>, PlatformError> LinuxPlatform::connect(int& argc, char** argv) {
+    if (!displayAnswers())
+        return Unexpected{
+            PlatformError{"no display can be reached; is DISPLAY set? Clipwren needs an X11 desktop"}};
+    // The display is this one even where the session offers another.
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    QCoreApplication::setApplicationName(QStringLiteral("clipwren"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    auto toolkit = std::make_unique<QApplication>(argc, argv);
+    auto display = X11Connection::open();
+    if (!display) return Unexpected{display.error()};
+    auto parts = std::make_unique<Parts>(std::move(toolkit), std::move(*display));
+    return std::unique_ptr<LinuxPlatform>(new LinuxPlatform(std::move(parts)));
+}
+
+LinuxPlatform::LinuxPlatform(std::unique_ptr<Parts> parts) : parts(std::move(parts)) {}
+
+LinuxPlatform::~LinuxPlatform() = default;
+
+const Platform& LinuxPlatform::ports() const { return parts->ports; }
+
+int LinuxPlatform::run(std::function<void()> endsUnasked) {
+    UnaskedEnd unaskedEnd(std::move(endsUnasked), [this] { parts->backgroundQueue.finish(); });
+    parts->display->setLossHandler([&unaskedEnd] { unaskedEnd.displayIsLost(); });
+    parts->mainQueue.async([this, &unaskedEnd] {
+        warmUp(parts->canvases);
+        unaskedEnd.watchExit();
+    });
+    const int status = QApplication::exec();
+    parts->display->setLossHandler(nullptr);
+    parts->pasteboard.leaveBehind();
+    return status;
+}
+
+} // namespace clipwren
