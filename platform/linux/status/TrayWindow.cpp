@@ -128,7 +128,8 @@ void TrayWindow::setWantedWidth(int width) {
     constexpr std::uint32_t hasMinimum = 1U << 4;
     std::array<std::uint32_t, 18> hints{hasMinimum};
     hints[5] = static_cast<std::uint32_t>(width);
-    hints[6] = 1;
+    // Some trays take the two as a proportion.
+    hints[6] = static_cast<std::uint32_t>(currentSize.height());
     xcb_change_property(connection.raw(), XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS,
                         XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
 }
