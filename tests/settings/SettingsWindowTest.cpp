@@ -123,8 +123,9 @@ TEST_F(SettingsWindowTest, EveryChoiceStoresItsRawValueAtOnce) {
 
 TEST_F(SettingsWindowTest, AChoiceOutsideTheListStoresNothing) {
     open();
-    for (const auto& [popup, end] : {std::pair(SettingsPopup::fps, 5), std::pair(SettingsPopup::resolution, 5),
-                                    std::pair(SettingsPopup::duration, 4)}) {
+    for (const auto& [popup, end] :
+         {std::pair(SettingsPopup::fps, 5), std::pair(SettingsPopup::resolution, 5),
+          std::pair(SettingsPopup::duration, 4)}) {
         view->choose(popup, -1);
         view->choose(popup, end);
     }
