@@ -22,12 +22,15 @@
 #include "platform/linux/x11/X11Windows.h"
 
 #include <QApplication>
+#include <QIcon>
 
 #include <utility>
 
 namespace clipwren {
 
 namespace {
+
+const QString applicationIdentifier = QStringLiteral("app.clipwren.Clipwren");
 
 class NoStatusBar : public StatusBar {
 public:
@@ -103,6 +106,10 @@ Expected<std::unique_ptr<LinuxPlatform>, PlatformError> LinuxPlatform::connect(i
     QCoreApplication::setApplicationName(QStringLiteral("clipwren"));
     QApplication::setQuitOnLastWindowClosed(false);
     auto toolkit = std::make_unique<QApplication>(argc, argv);
+    QGuiApplication::setDesktopFileName(applicationIdentifier);
+    // The icon of the theme once the program is installed, and its own before.
+    QApplication::setWindowIcon(QIcon::fromTheme(
+        applicationIdentifier, QIcon(QStringLiteral(":/clipwren/128x128/apps/app.clipwren.Clipwren.png"))));
     auto display = X11Connection::open();
     if (!display) return Unexpected{display.error()};
     auto parts = std::make_unique<Parts>(std::move(toolkit), std::move(*display));
