@@ -8,13 +8,13 @@
 
 namespace clipwren {
 
-// A filled circle with a mark in it, drawn sharp at every scale. Whoever hears the window is told its
+// A symbol in a row, drawn sharp at every scale. Whoever hears the window is told its
 // accessible name.
 class PermissionIcon : public QWidget {
 public:
     PermissionIcon();
 
-    // "checkmark.circle.fill" or "xmark.circle.fill"; any other name shows nothing.
+    // An unknown name shows nothing.
     void setSymbol(const std::string& newSymbolName, SymbolTint newTint);
 
     QSize sizeHint() const override;
