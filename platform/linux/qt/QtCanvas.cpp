@@ -4,12 +4,13 @@
 #include <QGlyphRun>
 #include <QPainter>
 #include <QPainterPath>
-#include <QPen>
 #include <QRawFont>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 
 namespace clipwren {
 
@@ -72,6 +73,55 @@ TextBox layOut(std::string_view utf8, const Font& font, const QFont& face) {
         box.width += cell + font.kern;
     }
     return box;
+}
+
+constexpr double mostDashes = 1e6;
+
+QPainterPath outline(const QRectF& box, double lineWidth) {
+    const double half = lineWidth / 2;
+    QPainterPath path;
+    path.setFillRule(Qt::OddEvenFill);
+    path.addRect(box.adjusted(-half, -half, half, half));
+    if (const QRectF inner = box.adjusted(half, half, -half, -half); inner.width() > 0 && inner.height() > 0)
+        path.addRect(inner);
+    return path;
+}
+
+// The part of a rectangle's outline between two distances from its bottom left corner, counter-clockwise, in
+// pieces along the sides that meet in full corners.
+void addDash(QPainterPath& path, const QRectF& box, double half, double from, double to) {
+    const std::array lengths{box.width(), box.height(), box.width(), box.height()};
+    double sideStart = 0;
+    for (std::size_t side = 0; side < lengths.size(); ++side) {
+        const double length = lengths[side];
+        // Along this side; around the corner where the dash goes on beyond it.
+        const double a = from < sideStart && side > 0 ? -half : std::max(from - sideStart, 0.0);
+        const double b =
+            to > sideStart + length && side < 3 ? length + half : std::min(to - sideStart, length);
+        if (from < sideStart + length && to > sideStart) {
+            switch (side) {
+            case 0: path.addRect({box.left() + a, box.bottom() - half, b - a, 2 * half}); break;
+            case 1: path.addRect({box.right() - half, box.bottom() - b, 2 * half, b - a}); break;
+            case 2: path.addRect({box.right() - b, box.top() - half, b - a, 2 * half}); break;
+            default: path.addRect({box.left() - half, box.top() + a, 2 * half, b - a}); break;
+            }
+        }
+        sideStart += length;
+    }
+}
+
+// Qt's own dashes lose their phase where a small image cuts them.
+QPainterPath dashedOutline(const QRectF& box, double lineWidth, std::span<const double> dashes) {
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    const double end = 2 * (box.width() + box.height());
+    double at = 0;
+    for (std::size_t i = 0; at < end; ++i) {
+        const double next = std::min(at + dashes[i % dashes.size()], end);
+        if (i % 2 == 0) addDash(path, box, lineWidth / 2, at, next);
+        at = next;
+    }
+    return path;
 }
 
 class QtBitmapCanvas final : public BitmapCanvas {
@@ -153,21 +203,10 @@ void QtCanvas::fillOval(const Rect& rect, const Color& color) {
 void QtCanvas::strokeRectangle(const Rect& rect, double lineWidth, std::span<const double> dashes,
                                const Color& color) {
     if (lineWidth <= 0) return;
-    QPen pen(toQt(color), lineWidth, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin);
-    if (!dashes.empty()) {
-        QList<qreal> inLineWidths;
-        for (const double dash : dashes)
-            inLineWidths.append(dash / lineWidth);
-        pen.setDashPattern(inLineWidths);
-    }
-    // Counter-clockwise from the origin, where the dashes begin.
     const QRectF box = flipped(rect, height);
-    QPainterPath path(box.bottomLeft());
-    path.lineTo(box.bottomRight());
-    path.lineTo(box.topRight());
-    path.lineTo(box.topLeft());
-    path.closeSubpath();
-    painter.strokePath(path, pen);
+    const double period = std::accumulate(dashes.begin(), dashes.end(), 0.0);
+    const bool isSolid = period <= 0 || 2 * (rect.width + rect.height) / period > mostDashes;
+    painter.fillPath(isSolid ? outline(box, lineWidth) : dashedOutline(box, lineWidth, dashes), toQt(color));
 }
 
 Size QtCanvas::measure(std::string_view text, const Font& font) const {

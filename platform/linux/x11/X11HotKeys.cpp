@@ -39,7 +39,7 @@ X11HotKeys::X11HotKeys(X11Connection& connection) : connection(connection) {
 X11HotKeys::~X11HotKeys() {
     for (const auto& [reference, registration] : registrations)
         ungrab(maskOf(registration.modifiers));
-    xcb_flush(connection.raw());
+    connection.synchronize();
 }
 
 void X11HotKeys::selectKeyboardChanges() {
@@ -103,6 +103,7 @@ void X11HotKeys::unregisterHotKey(HotKeyReference reference) {
     const auto found = registrations.find(reference);
     if (found == registrations.end()) return;
     ungrab(maskOf(found->second.modifiers));
+    connection.synchronize();
     registrations.erase(found);
 }
 

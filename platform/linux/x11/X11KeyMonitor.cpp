@@ -43,7 +43,7 @@ X11KeyMonitor::X11KeyMonitor(X11Connection& connection, Handler handler)
 
 X11KeyMonitor::~X11KeyMonitor() {
     xcb_ungrab_keyboard(connection.raw(), XCB_CURRENT_TIME);
-    xcb_flush(connection.raw());
+    connection.synchronize();
 }
 
 bool X11KeyMonitor::handle(const xcb_generic_event_t& event) {

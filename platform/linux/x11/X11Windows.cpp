@@ -30,12 +30,14 @@ X11Windows::X11Windows(X11Connection& connection)
       surroundings{.connection = connection,
                    .compositor = compositor,
                    .stack = stack,
-                   .face = QFontDatabase::systemFont(QFontDatabase::GeneralFont),
+                   .face = interfaceFont(),
                    .crosshair = loadCrosshair(connection)} {}
 
 X11Windows::~X11Windows() {
     if (surroundings.crosshair != XCB_NONE) xcb_free_cursor(connection.raw(), surroundings.crosshair);
 }
+
+QFont X11Windows::interfaceFont() { return QFontDatabase::systemFont(QFontDatabase::GeneralFont); }
 
 std::unique_ptr<CoveringWindow> X11Windows::makeCoveringWindow(const CoveringWindowOptions& options) {
     const auto screen =

@@ -4,6 +4,8 @@
 #include "platform/linux/x11/X11CoveringWindow.h"
 #include "platform/linux/x11/X11WindowStack.h"
 
+#include <QFont>
+
 #include <memory>
 
 namespace clipwren {
@@ -14,6 +16,9 @@ public:
     // The connection outlives this object. Hot keys that are to work while keys are monitored exist before.
     explicit X11Windows(X11Connection& connection);
     ~X11Windows() override;
+
+    // With which covering windows show texts.
+    static QFont interfaceFont();
 
     std::unique_ptr<CoveringWindow> makeCoveringWindow(const CoveringWindowOptions& options) override;
 
