@@ -1,6 +1,5 @@
 #include "platform/linux/LinuxPlatform.h"
 
-#include "platform/StatusItem.h"
 #include "platform/linux/IniStore.h"
 #include "platform/linux/OwnExecutable.h"
 #include "platform/linux/SyslogLog.h"
@@ -15,6 +14,7 @@
 #include "platform/linux/qt/QtMainQueue.h"
 #include "platform/linux/qt/QtSettingsView.h"
 #include "platform/linux/qt/X11Pasteboard.h"
+#include "platform/linux/status/LinuxStatusBar.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11HotKeys.h"
 #include "platform/linux/x11/X11ScreenCapture.h"
@@ -31,11 +31,6 @@ namespace clipwren {
 namespace {
 
 const QString applicationIdentifier = QStringLiteral("app.clipwren.Clipwren");
-
-class NoStatusBar : public StatusBar {
-public:
-    std::unique_ptr<StatusItem> makeStatusItem() override { return nullptr; }
-};
 
 // Asked before the toolkit, which would end the process with a message of its own.
 bool displayAnswers() {
@@ -89,7 +84,7 @@ struct LinuxPlatform::Parts {
     X11ScreenCapture screenCapture{*display, mainQueue};
     X11Pasteboard pasteboard;
     DBusWorkspace workspace;
-    NoStatusBar statusBar;
+    LinuxStatusBar statusBar{*display, screens};
     QtSettingsViews settingsViews;
 
     const Platform ports{alerts,        application, backgroundQueue, canvases,   folders,       hotKeys,

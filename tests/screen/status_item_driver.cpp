@@ -4,7 +4,6 @@
 // input.
 
 #include "platform/linux/status/LinuxStatusBar.h"
-#include "platform/linux/x11/ScreenLayout.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11Screens.h"
 
@@ -65,7 +64,7 @@ int main(int argc, char** argv) {
     const auto connection = X11Connection::open();
     if (!connection) return 1;
     const X11Screens screens(**connection);
-    LinuxStatusBar statusBar(connection->get(), screens.nativeScreens().front().scale);
+    LinuxStatusBar statusBar(**connection, screens);
     const auto item = statusBar.makeStatusItem();
     const auto menu = makeMenu();
     obey(*item, menu, "idle");

@@ -10,7 +10,7 @@
 #   -m 1|2       monitors; 2 = LEFT 1280x1024+0+0 (primary) and RIGHT 640x800+1280+100, gaps above and below
 #   -w WM        openbox | xfwm4 (with its compositor) | xfwm4-nocomp | none
 #   -c COMP      picom | none
-#   -p PANEL     xfce | none
+#   -p PANEL     xfce | mate | trayer | tint2 | none
 #   -b COLOUR    background of the root window
 #   -l FOLDER    where the logs of server, window manager, ... go; otherwise they are thrown away
 #   -t SECONDS   longest time for the command, then it is ended and the status is 124
@@ -182,11 +182,20 @@ esac
 case $panel in
 xfce)
     background panel xfce4-panel --disable-wm-check
-    awaitSelection _NET_SYSTEM_TRAY_S0 || fail 'the panel did not start' panel
+    ;;
+mate)
+    background panel mate-panel --replace
+    ;;
+trayer) background panel trayer --edge top --align right --widthtype request --height 26 ;;
+tint2)
+    printf '%s\n' 'panel_items = TSC' 'panel_size = 100% 30' 'panel_position = top center horizontal' \
+        'rounded = 0' 'background_color = #202020 100' >"$folder/tint2rc"
+    background panel tint2 -c "$folder/tint2rc"
     ;;
 none) ;;
 *) fail "no such panel: $panel" ;;
 esac
+[ "$panel" = none ] || awaitSelection _NET_SYSTEM_TRAY_S0 || fail 'the panel did not start' panel
 
 status=0
 if [ $# -gt 0 ]; then

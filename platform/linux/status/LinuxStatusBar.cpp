@@ -1,6 +1,7 @@
 #include "platform/linux/status/LinuxStatusBar.h"
 
 #include "platform/linux/status/LinuxStatusItem.h"
+#include "platform/linux/x11/X11Screens.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -37,7 +38,10 @@ void tellOfHiddenItem() {
 } // namespace
 
 std::unique_ptr<StatusItem> LinuxStatusBar::makeStatusItem() {
-    return std::make_unique<LinuxStatusItem>(display, scale, tellOfHiddenItem);
+    // One factor holds for the whole X server.
+    const auto natives = screens.nativeScreens();
+    return std::make_unique<LinuxStatusItem>(display, natives.empty() ? 1 : natives.front().scale,
+                                             tellOfHiddenItem);
 }
 
 } // namespace clipwren

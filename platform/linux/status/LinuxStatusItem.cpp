@@ -16,13 +16,12 @@ constexpr int panelWaitMilliseconds = 6000;
 
 } // namespace
 
-LinuxStatusItem::LinuxStatusItem(X11Connection* display, double scale, std::function<void()> nowhereToBeSeen)
+LinuxStatusItem::LinuxStatusItem(X11Connection& display, double scale, std::function<void()> nowhereToBeSeen)
     : display(display),
       scale(scale),
-      shrinksTrayWindows(desktopShrinksTrayWindows(qgetenv("XDG_CURRENT_DESKTOP").toStdString())) {
-    if (display) tray = std::make_unique<SystemTray>(*display, [this] { panelsDidChange(TrayKind::window); });
-    host = std::make_unique<ItemHost>(QDBusConnection::sessionBus(),
-                                      [this] { panelsDidChange(TrayKind::item); });
+      shrinksTrayWindows(desktopShrinksTrayWindows(qgetenv("XDG_CURRENT_DESKTOP").toStdString())),
+      tray(display, [this] { panelsDidChange(TrayKind::window); }),
+      host(QDBusConnection::sessionBus(), [this] { panelsDidChange(TrayKind::item); }) {
     deadline.setSingleShot(true);
     QObject::connect(&deadline, &QTimer::timeout, &deadline,
                      [this, nowhereToBeSeen = std::move(nowhereToBeSeen)] {
@@ -97,8 +96,8 @@ void LinuxStatusItem::panelsDidChange(TrayKind which) {
 }
 
 void LinuxStatusItem::choose() {
-    const TrayKind best = chooseTray({.hasWindowTray = tray && tray->manager() != XCB_NONE && !windowRefused,
-                                      .hasItemHost = host->isPresent(),
+    const TrayKind best = chooseTray({.hasWindowTray = tray.manager() != XCB_NONE && !windowRefused,
+                                      .hasItemHost = host.isPresent(),
                                       .shrinksTrayWindows = shrinksTrayWindows});
     if (best == shownAs) return;
     // Never two at once.
@@ -107,7 +106,7 @@ void LinuxStatusItem::choose() {
     if (best == TrayKind::item)
         view = std::make_unique<SniStatusItem>(state, QDBusConnection::sessionBus());
     else if (best == TrayKind::window)
-        view = std::make_unique<XEmbedStatusItem>(state, *display, *tray, scale, [this] {
+        view = std::make_unique<XEmbedStatusItem>(state, display, tray, scale, [this] {
             windowRefused = true;
             choose();
         });

@@ -18,9 +18,9 @@ namespace clipwren {
 // comes back or appears later. Without any panel its state is kept.
 class LinuxStatusItem final : public StatusItem {
 public:
-    // `display` is none where there is no X server and outlives the item otherwise. `nowhereToBeSeen` runs
-    // once, from the event loop, when no panel has shown up for some seconds after the start.
-    LinuxStatusItem(X11Connection* display, double scale, std::function<void()> nowhereToBeSeen);
+    // The display outlives the item; `scale` is pixels a point. `nowhereToBeSeen` runs once, from the event
+    // loop, when no panel has shown up for some seconds after the start.
+    LinuxStatusItem(X11Connection& display, double scale, std::function<void()> nowhereToBeSeen);
     ~LinuxStatusItem() override;
 
     void setSymbolImage(const std::string& symbolName, const std::string& accessibilityDescription) override;
@@ -37,13 +37,13 @@ private:
     void choose();
 
     StatusItemState state;
-    X11Connection* const display;
+    X11Connection& display;
     const double scale;
     const bool shrinksTrayWindows;
     bool windowRefused = false;
     bool updatePending = false;
-    std::unique_ptr<SystemTray> tray;
-    std::unique_ptr<ItemHost> host;
+    SystemTray tray;
+    ItemHost host;
     TrayKind shownAs = TrayKind::none;
     std::unique_ptr<StatusItemView> view;
     QTimer deadline;

@@ -24,13 +24,8 @@ SystemTray::SystemTray(X11Connection& connection, std::function<void()> changed)
       changed(std::move(changed)),
       selection(connection.atom("_NET_SYSTEM_TRAY_S" + std::to_string(connection.screenIndex()))),
       subscription(connection.subscribe([this](const xcb_generic_event_t& event) { return handle(event); })) {
-    // A new manager tells of itself on the root window. Others use this connection too and may have chosen
-    // events there.
-    const auto attributes = owned(xcb_get_window_attributes_reply(
-        connection.raw(), xcb_get_window_attributes(connection.raw(), connection.root()), nullptr));
-    const std::uint32_t events =
-        (attributes ? attributes->your_event_mask : 0) | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(connection.raw(), connection.root(), XCB_CW_EVENT_MASK, &events);
+    // A new manager tells of itself on the root window.
+    connection.selectRootEvents(XCB_EVENT_MASK_STRUCTURE_NOTIFY, true);
     find();
 }
 

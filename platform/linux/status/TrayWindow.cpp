@@ -167,11 +167,17 @@ void TrayWindow::show(const QImage& picture) {
 }
 
 std::optional<double> TrayWindow::backgroundLightness() {
-    if (hasAlpha() || !docked) return std::nullopt;
+    if (!docked) return std::nullopt;
     xcb_connection_t* raw = connection.raw();
-    xcb_clear_area(raw, false, window, 0, 0, 0, 0);
+    // The picture leaves the corner free. Through a window with alpha the panel is seen only on the screen.
+    const QPoint corner = hasAlpha() ? geometry().topLeft() : QPoint();
+    if (!hasAlpha()) xcb_clear_area(raw, false, window, 0, 0, 0, 0);
     const auto picture = owned(xcb_get_image_reply(
-        raw, xcb_get_image(raw, XCB_IMAGE_FORMAT_Z_PIXMAP, window, 0, 0, 1, 1, ~0U), nullptr));
+        raw,
+        xcb_get_image(raw, XCB_IMAGE_FORMAT_Z_PIXMAP, hasAlpha() ? connection.root() : window,
+                      static_cast<std::int16_t>(corner.x()), static_cast<std::int16_t>(corner.y()), 1, 1,
+                      ~0U),
+        nullptr));
     if (!picture || xcb_get_image_data_length(picture.get()) < 4) return std::nullopt;
     std::uint32_t pixel = 0;
     std::memcpy(&pixel, xcb_get_image_data(picture.get()), sizeof pixel);

@@ -78,6 +78,11 @@ void X11Connection::synchronize() {
     owned(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
 }
 
+void X11Connection::selectRootEvents(std::uint32_t events, bool isOn) {
+    rootEvents = isOn ? rootEvents | events : rootEvents & ~events;
+    xcb_change_window_attributes(connection, root(), XCB_CW_EVENT_MASK, &rootEvents);
+}
+
 bool X11Connection::waitForEvent(int milliseconds,
                                  const std::function<bool(const xcb_generic_event_t&)>& condition) {
     using Clock = std::chrono::steady_clock;

@@ -55,6 +55,10 @@ public:
     // Returns when the server has done everything that it was asked for.
     void synchronize();
 
+    // Chooses events of the root window or gives them up again. The server keeps one choice a connection:
+    // each kind of event has one user here at a time.
+    void selectRootEvents(std::uint32_t events, bool isOn);
+
     // Reads events for at most `milliseconds`, until one satisfies the condition. That one is taken out; the
     // others are handed out later, from the event loop. False when none came.
     bool waitForEvent(int milliseconds, const std::function<bool(const xcb_generic_event_t&)>& condition);
@@ -73,6 +77,7 @@ private:
     xcb_connection_t* connection;
     const xcb_screen_t* defaultScreen;
     int defaultScreenIndex;
+    std::uint32_t rootEvents = 0;
     std::map<std::string, xcb_atom_t, std::less<>> atoms;
     std::vector<std::weak_ptr<const EventHandler>> handlers;
     std::deque<X11Reply<xcb_generic_event_t>> events;

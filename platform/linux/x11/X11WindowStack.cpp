@@ -30,8 +30,7 @@ void X11WindowStack::remove(xcb_window_t window) {
 }
 
 void X11WindowStack::watch(bool isOn) {
-    const std::uint32_t mask = isOn ? XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY : XCB_EVENT_MASK_NO_EVENT;
-    xcb_change_window_attributes(connection.raw(), connection.root(), XCB_CW_EVENT_MASK, &mask);
+    connection.selectRootEvents(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, isOn);
 }
 
 bool X11WindowStack::isOurs(xcb_window_t window) const {
