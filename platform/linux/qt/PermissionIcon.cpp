@@ -1,9 +1,9 @@
 #include "platform/linux/qt/PermissionIcon.h"
 
+#include "platform/linux/qt/AccessibleRole.h"
 #include "platform/linux/qt/SettingsFonts.h"
 #include "platform/linux/qt/Symbols.h"
 
-#include <QAccessibleWidget>
 #include <QPainter>
 
 #include <algorithm>
@@ -13,12 +13,6 @@ namespace clipwren {
 namespace {
 
 constexpr double symbolUnits = 16; // the sides of the square that a symbol is drawn on
-
-// Qt knows no role for a widget of one's own; a graphic is what reads out only its name.
-QAccessibleInterface* describe(const QString&, QObject* object) {
-    auto* icon = dynamic_cast<PermissionIcon*>(object);
-    return icon ? new QAccessibleWidget(icon, QAccessible::Graphic) : nullptr;
-}
 
 QColor colorOf(SymbolTint tint, bool isDark) {
     switch (tint) {
@@ -31,8 +25,7 @@ QColor colorOf(SymbolTint tint, bool isDark) {
 } // namespace
 
 PermissionIcon::PermissionIcon() {
-    static const bool isDescribed = (QAccessible::installFactory(describe), true);
-    static_cast<void>(isDescribed);
+    setAccessibleRole(*this, QAccessible::Graphic);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 

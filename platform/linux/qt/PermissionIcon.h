@@ -8,8 +8,7 @@
 
 namespace clipwren {
 
-// A symbol in a row, drawn sharp at every scale. Whoever hears the window is told its
-// accessible name.
+// A symbol in a row, drawn sharp at every scale. Whoever hears the window is told its accessible name.
 class PermissionIcon : public QWidget {
 public:
     PermissionIcon();

@@ -1,5 +1,6 @@
 #include "platform/linux/qt/QtSettingsWindow.h"
 
+#include "platform/linux/qt/AccessibleRole.h"
 #include "platform/linux/qt/PermissionIcon.h"
 #include "platform/linux/qt/SettingsFonts.h"
 
@@ -61,6 +62,7 @@ QtSettingsWindow::QtSettingsWindow(const SettingsContent& content)
                            Qt::WindowCloseButtonHint) {
     setWindowTitle(textOf(content.title));
     setAttribute(Qt::WA_QuitOnClose, false);
+    setAccessibleRole(*this, QAccessible::Window);
 
     // The window is as large as this widget wants to be, and the user cannot resize it.
     auto* contentView = new QWidget(this);
@@ -147,6 +149,8 @@ QWidget* QtSettingsWindow::formRow(const std::string& text, const std::vector<QW
 
 QWidget* QtSettingsWindow::makeSection(const std::string& title, const std::vector<QWidget*>& rows) {
     auto* section = new QWidget;
+    setAccessibleRole(*section, QAccessible::Grouping);
+    section->setAccessibleName(textOf(title));
     auto* layout = makeLayout<QVBoxLayout>(section, rowSpacing);
     sectionTitles.push_back(new QLabel(textOf(title)));
     layout->addWidget(sectionTitles.back());
