@@ -56,13 +56,13 @@ dbus-run-session -- sh -eu -c '
     sleep 3
     kill -0 $program
     # A second start shows the settings of the first; they are a window with a title.
-    clipwren
+    timeout 20 clipwren
     for i in 1 2 3 4 5 6 7 8 9 10; do
         xwininfo -root -tree | grep "\"Settings\"" && break
         sleep 0.5
     done
     xwininfo -root -tree | grep -q "\"Settings\""
-    clipwren --quit
+    timeout 20 clipwren --quit
     wait $program
 '
 RUN

@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QThread>
 
 namespace clipwren {
@@ -53,7 +54,10 @@ int QtSettingsView::indexOfSelectedItem(SettingsPopup popup) const {
     return window->popups[static_cast<std::size_t>(popup)]->currentIndex();
 }
 
-void QtSettingsView::setLaunchAtLogin(bool isOn) { window->launchAtLoginCheckbox->setChecked(isOn); }
+void QtSettingsView::setLaunchAtLogin(bool isOn) {
+    const QSignalBlocker blocker(window->launchAtLoginCheckbox); // a toggle is always the user's
+    window->launchAtLoginCheckbox->setChecked(isOn);
+}
 
 bool QtSettingsView::launchAtLogin() const { return window->launchAtLoginCheckbox->isChecked(); }
 

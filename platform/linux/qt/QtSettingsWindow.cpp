@@ -87,7 +87,8 @@ QtSettingsWindow::QtSettingsWindow(const SettingsContent& content)
     stack->addSpacing(sectionSpacing);
 
     launchAtLoginCheckbox = new QCheckBox(textOf(content.launchAtLoginTitle));
-    connect(launchAtLoginCheckbox, &QCheckBox::clicked, this,
+    // What a screen reader does to the box is no click.
+    connect(launchAtLoginCheckbox, &QCheckBox::toggled, this,
             [this] { report(&SettingsViewDelegate::launchAtLoginChanged); });
     stack->addWidget(makeSection(content.generalTitle, {launchAtLoginCheckbox}));
     stack->addSpacing(sectionSpacing);
