@@ -19,7 +19,7 @@ constexpr int panelWaitMilliseconds = 6000;
 LinuxStatusItem::LinuxStatusItem(X11Connection& display, double scale, std::function<void()> nowhereToBeSeen)
     : display(display),
       scale(scale),
-      shrinksTrayWindows(desktopShrinksTrayWindows(qgetenv("XDG_CURRENT_DESKTOP").toStdString())),
+      habits(panelHabits(qgetenv("XDG_CURRENT_DESKTOP").toStdString())),
       tray(display, [this] { panelsDidChange(TrayKind::window); }),
       host(QDBusConnection::sessionBus(), [this] { panelsDidChange(TrayKind::item); }) {
     deadline.setSingleShot(true);
@@ -96,15 +96,16 @@ void LinuxStatusItem::panelsDidChange(TrayKind which) {
 }
 
 void LinuxStatusItem::choose() {
-    const TrayKind best = chooseTray({.hasWindowTray = tray.manager() != XCB_NONE && !windowRefused,
-                                      .hasItemHost = host.isPresent(),
-                                      .shrinksTrayWindows = shrinksTrayWindows});
+    const TrayKind best = chooseTray(
+        {.hasWindowTray = tray.manager() != XCB_NONE && !windowRefused, .hasItemHost = host.isPresent()},
+        habits);
     if (best == shownAs) return;
     // Never two at once.
     view.reset();
     shownAs = best;
     if (best == TrayKind::item)
-        view = std::make_unique<SniStatusItem>(state, QDBusConnection::sessionBus());
+        view = std::make_unique<SniStatusItem>(state, QDBusConnection::sessionBus(),
+                                               !habits.labelReplacesPicture);
     else if (best == TrayKind::window)
         view = std::make_unique<XEmbedStatusItem>(state, display, tray, scale, [this] {
             windowRefused = true;

@@ -39,7 +39,7 @@ private:
     StatusItemState state;
     X11Connection& display;
     const double scale;
-    const bool shrinksTrayWindows;
+    const PanelHabits habits;
     bool windowRefused = false;
     bool updatePending = false;
     SystemTray tray;

@@ -55,9 +55,10 @@ QString nextServiceName() {
 
 } // namespace
 
-SniStatusItem::SniStatusItem(const StatusItemState& state, QDBusConnection connection)
+SniStatusItem::SniStatusItem(const StatusItemState& state, QDBusConnection connection, bool givesLabel)
     : state(state),
       bus(std::move(connection)),
+      givesLabel(givesLabel),
       serviceName(nextServiceName()),
       busMenu(state, bus),
       announced(current()) {
@@ -78,7 +79,7 @@ SniStatusItem::~SniStatusItem() {
 }
 
 SniStatusItem::Announced SniStatusItem::current() const {
-    return {state.symbolName, state.tint, state.toolTip, state.shownText(), state.menu};
+    return {state.symbolName, state.tint, state.toolTip, givesLabel ? state.shownText() : "", state.menu};
 }
 
 void SniStatusItem::stateDidChange() {
@@ -119,8 +120,8 @@ QVariantMap SniStatusItem::properties() const {
         {QStringLiteral("Menu"), QVariant::fromValue(QDBusObjectPath(DBusMenu::path))},
     };
     // An empty label would hide the item on some panels.
-    if (!state.shownText().empty())
-        result.insert(QStringLiteral("XAyatanaLabel"), QString::fromStdString(state.shownText()));
+    if (!announced.text.empty())
+        result.insert(QStringLiteral("XAyatanaLabel"), QString::fromStdString(announced.text));
     return result;
 }
 
@@ -134,21 +135,21 @@ bool SniStatusItem::handleMessage(const QDBusMessage& message, const QDBusConnec
                          member == QLatin1String("SecondaryActivate") ||
                          member == QLatin1String("ContextMenu");
     if (!isClick && member != QLatin1String("Scroll")) return false;
-    if (isClick) click(message.arguments().value(0).toInt(), message.arguments().value(1).toInt());
+    if (isClick) click();
     return connection.send(message.createReply());
 }
 
-void SniStatusItem::click(int x, int y) {
+void SniStatusItem::click() {
     // Later: the panel gets its answer first.
-    if (!state.menu)
-        QMetaObject::invokeMethod(this, state.action ? state.action : [] {}, Qt::QueuedConnection);
-    else
+    if (state.menu)
         QMetaObject::invokeMethod(
             this,
-            [this, x, y] {
-                if (state.menu) ownMenu.toggle(state.menu, QRect(x, y, 1, 1));
+            [this] {
+                if (state.menu) ownMenu.toggleAtPointer(*state.menu);
             },
             Qt::QueuedConnection);
+    else if (const auto action = state.action)
+        QMetaObject::invokeMethod(this, action, Qt::QueuedConnection);
 }
 
 } // namespace clipwren

@@ -14,14 +14,16 @@ namespace clipwren {
 // The status item as an object on the session bus (org.kde.StatusNotifierItem), shown by the panel.
 //
 // With a menu a click is the panel's to answer with it; panels that ask us all the same get the menu as a
-// window of our own. Without a menu every kind of click runs the action. The text goes out as the label that
-// some panels show beside or instead of the picture. Main thread only.
+// window of our own, where the pointer is: the position that comes with a click is often wrong. Without a
+// menu every kind of click runs the action. The text goes out as the label that some panels show beside the
+// picture. Main thread only.
 class SniStatusItem final : public QDBusVirtualObject, public StatusItemView {
 public:
     static constexpr const char* path = "/StatusNotifierItem";
 
-    // Puts the objects on the bus and asks the watcher, which must be there, to show them.
-    SniStatusItem(const StatusItemState& state, QDBusConnection bus);
+    // Puts the objects on the bus and asks the watcher, which must be there, to show them. `givesLabel`:
+    // whether the text goes out.
+    SniStatusItem(const StatusItemState& state, QDBusConnection bus, bool givesLabel);
     ~SniStatusItem() override;
 
     void stateDidChange() override;
@@ -41,10 +43,11 @@ private:
     Announced current() const;
     void announce(const QString& signal, const QVariantList& arguments = {});
     QVariantMap properties() const;
-    void click(int x, int y);
+    void click();
 
     const StatusItemState& state;
     QDBusConnection bus;
+    const bool givesLabel;
     const QString serviceName;
     DBusMenu busMenu;
     StatusMenu ownMenu;

@@ -1,6 +1,7 @@
 #include "platform/linux/status/StatusMenu.h"
 
 #include <QAction>
+#include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
@@ -56,11 +57,23 @@ QString actionText(const std::string& title) {
 
 StatusMenu::~StatusMenu() { close(); }
 
-void StatusMenu::toggle(std::shared_ptr<const Menu> menu, const QRect& item) {
+void StatusMenu::toggle(const Menu& menu, const QRect& item) {
+    const Place at = place(item);
+    toggleBeside(menu, at.item, at.screen);
+}
+
+void StatusMenu::toggleAtPointer(const Menu& menu) {
+    const QPoint pointer = QCursor::pos();
+    const QScreen* screen = QGuiApplication::screenAt(pointer);
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    toggleBeside(menu, QRect(pointer, QSize(1, 1)), screen->geometry());
+}
+
+void StatusMenu::toggleBeside(const Menu& menu, const QRect& item, const QRect& screen) {
     if (isOpen()) return close();
     close();
     widget = new MenuWindow;
-    for (const MenuItem& entry : menu->items) {
+    for (const MenuItem& entry : menu.items) {
         if (entry.isSeparator) {
             widget->addSeparator();
             continue;
@@ -77,10 +90,9 @@ void StatusMenu::toggle(std::shared_ptr<const Menu> menu, const QRect& item) {
     }
     QObject::connect(widget, &QMenu::aboutToHide, widget, &QObject::deleteLater, Qt::QueuedConnection);
 
-    const Place at = place(item);
-    const bool isBelowMiddle = at.item.center().y() > at.screen.center().y();
-    const int top = isBelowMiddle ? at.item.top() - widget->sizeHint().height() : at.item.bottom() + 1;
-    widget->popup({at.item.left(), top});
+    const bool isBelowMiddle = item.center().y() > screen.center().y();
+    const int top = isBelowMiddle ? item.top() - widget->sizeHint().height() : item.bottom() + 1;
+    widget->popup({item.left(), top});
 }
 
 void StatusMenu::close() {

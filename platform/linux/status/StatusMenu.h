@@ -6,7 +6,7 @@
 #include <QPointer>
 #include <QRect>
 
-#include <memory>
+#include <string>
 
 namespace clipwren {
 
@@ -20,11 +20,16 @@ public:
 
     // Opens the menu beside the item, which occupies `item` (native pixels of the root window): below it or,
     // where the item lies in the lower half of its screen, above it. A menu that is open closes instead.
-    void toggle(std::shared_ptr<const Menu> menu, const QRect& item);
+    void toggle(const Menu& menu, const QRect& item);
+    // The same for an item of which only is known that it was clicked: there the pointer is.
+    void toggleAtPointer(const Menu& menu);
     void close();
     bool isOpen() const { return widget && widget->isVisible(); }
 
 private:
+    // Both in Qt's coordinates.
+    void toggleBeside(const Menu& menu, const QRect& item, const QRect& screen);
+
     QPointer<QMenu> widget;
 };
 

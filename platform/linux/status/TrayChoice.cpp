@@ -5,14 +5,18 @@
 
 namespace clipwren {
 
-bool desktopShrinksTrayWindows(std::string_view currentDesktop) {
-    constexpr std::array<std::string_view, 5> names{"KDE", "GNOME", "Unity", "X-Cinnamon", "LXQt"};
+PanelHabits panelHabits(std::string_view currentDesktop) {
+    constexpr std::array<std::string_view, 5> shrinking{"KDE", "GNOME", "Unity", "X-Cinnamon", "LXQt"};
+    PanelHabits habits;
     while (!currentDesktop.empty()) {
         const auto end = std::min(currentDesktop.find(':'), currentDesktop.size());
-        if (std::find(names.begin(), names.end(), currentDesktop.substr(0, end)) != names.end()) return true;
+        const auto name = currentDesktop.substr(0, end);
+        if (std::find(shrinking.begin(), shrinking.end(), name) != shrinking.end())
+            habits.shrinksTrayWindows = true;
+        if (name == "MATE") habits.labelReplacesPicture = true;
         currentDesktop.remove_prefix(std::min(end + 1, currentDesktop.size()));
     }
-    return false;
+    return habits;
 }
 
 } // namespace clipwren

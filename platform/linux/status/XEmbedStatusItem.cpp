@@ -76,7 +76,7 @@ void XEmbedStatusItem::click() {
     toolTipDelay.stop();
     QToolTip::hideText();
     if (state.menu)
-        menu.toggle(state.menu, window.geometry());
+        menu.toggle(*state.menu, window.geometry());
     else if (const auto action = state.action)
         action();
 }
