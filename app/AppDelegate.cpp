@@ -56,6 +56,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (!mayCaptureScreen()) openSettings();
 }
 
+void AppDelegate::applicationShouldHandleReopen() { openSettings(); }
+
 void AppDelegate::setupHotKey() {
     hotKey = HotKey::create(
         platform.hotKeys, platform.mainQueue, KeyCode::g, HotKeyModifiers::command | HotKeyModifiers::shift,

@@ -34,6 +34,9 @@ public:
     // Start-up, once, when the event loop is about to run.
     void applicationDidFinishLaunching();
 
+    // The user has started the program again while it runs: brings up the settings window.
+    void applicationShouldHandleReopen();
+
     // What the record menu item and the hot key do: begin or cancel a selection, or stop the recording, by
     // state.
     void triggerRecord();

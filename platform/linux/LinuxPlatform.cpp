@@ -98,6 +98,8 @@ Expected<std::unique_ptr<LinuxPlatform>, PlatformError> LinuxPlatform::connect(i
             PlatformError{"no display can be reached; is DISPLAY set? Clipwren needs an X11 desktop"}};
     // The display is this one even where the session offers another.
     qputenv("QT_QPA_PLATFORM", "xcb");
+    // A session manager would start the program again with options of the toolkit, beside the login item.
+    qunsetenv("SESSION_MANAGER");
     QCoreApplication::setApplicationName(QStringLiteral("clipwren"));
     QApplication::setQuitOnLastWindowClosed(false);
     auto toolkit = std::make_unique<QApplication>(argc, argv);

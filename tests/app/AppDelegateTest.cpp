@@ -403,6 +403,13 @@ TEST_F(AppDelegateTest, SettingsOpenOnceAndAreBroughtToTheFrontEveryTime) {
     EXPECT_EQ(platform.settingsViews.made.size(), 2u);
 }
 
+TEST_F(AppDelegateTest, StartingTheProgramAgainShowsTheSettings) {
+    delegate->applicationShouldHandleReopen();
+    delegate->applicationShouldHandleReopen();
+    ASSERT_EQ(platform.settingsViews.made.size(), 1u);
+    EXPECT_EQ(platform.settingsViews.made[0]->orderedFront, 2);
+}
+
 TEST_F(AppDelegateTest, SettingsLeaveTheRecordingAlone) {
     const auto settings = platform.statusBar.item->menu->items[3].action;
     startRecording();
