@@ -2,6 +2,7 @@
 
 #include <QFontDatabase>
 #include <QGlyphRun>
+#include <QImage>
 #include <QPainter>
 #include <QPainterPath>
 #include <QRawFont>
@@ -88,8 +89,11 @@ QPainterPath outline(const QRectF& box, double lineWidth) {
 }
 
 // The part of a rectangle's outline between two distances from its bottom left corner, counter-clockwise, in
-// pieces along the sides that meet in full corners.
-void addDash(QPainterPath& path, const QRectF& box, double half, double from, double to) {
+// pieces along the sides that meet in full corners; only what can be seen.
+void addDash(QPainterPath& path, const QRectF& box, double half, double from, double to, const QRectF& seen) {
+    const auto add = [&](const QRectF& piece) {
+        if (piece.intersects(seen)) path.addRect(piece);
+    };
     const std::array lengths{box.width(), box.height(), box.width(), box.height()};
     double sideStart = 0;
     for (std::size_t side = 0; side < lengths.size(); ++side) {
@@ -100,10 +104,10 @@ void addDash(QPainterPath& path, const QRectF& box, double half, double from, do
             to > sideStart + length && side < 3 ? length + half : std::min(to - sideStart, length);
         if (from < sideStart + length && to > sideStart) {
             switch (side) {
-            case 0: path.addRect({box.left() + a, box.bottom() - half, b - a, 2 * half}); break;
-            case 1: path.addRect({box.right() - half, box.bottom() - b, 2 * half, b - a}); break;
-            case 2: path.addRect({box.right() - b, box.top() - half, b - a, 2 * half}); break;
-            default: path.addRect({box.left() - half, box.top() + a, 2 * half, b - a}); break;
+            case 0: add({box.left() + a, box.bottom() - half, b - a, 2 * half}); break;
+            case 1: add({box.right() - half, box.bottom() - b, 2 * half, b - a}); break;
+            case 2: add({box.right() - b, box.top() - half, b - a, 2 * half}); break;
+            default: add({box.left() - half, box.top() + a, 2 * half, b - a}); break;
             }
         }
         sideStart += length;
@@ -111,14 +115,15 @@ void addDash(QPainterPath& path, const QRectF& box, double half, double from, do
 }
 
 // Qt's own dashes lose their phase where a small image cuts them.
-QPainterPath dashedOutline(const QRectF& box, double lineWidth, std::span<const double> dashes) {
+QPainterPath dashedOutline(const QRectF& box, double lineWidth, std::span<const double> dashes,
+                           const QRectF& seen) {
     QPainterPath path;
     path.setFillRule(Qt::WindingFill);
     const double end = 2 * (box.width() + box.height());
     double at = 0;
     for (std::size_t i = 0; at < end; ++i) {
         const double next = std::min(at + dashes[i % dashes.size()], end);
-        if (i % 2 == 0) addDash(path, box, lineWidth / 2, at, next);
+        if (i % 2 == 0) addDash(path, box, lineWidth / 2, at, next, seen);
         at = next;
     }
     return path;
@@ -206,7 +211,13 @@ void QtCanvas::strokeRectangle(const Rect& rect, double lineWidth, std::span<con
     const QRectF box = flipped(rect, height);
     const double period = std::accumulate(dashes.begin(), dashes.end(), 0.0);
     const bool isSolid = period <= 0 || 2 * (rect.width + rect.height) / period > mostDashes;
-    painter.fillPath(isSolid ? outline(box, lineWidth) : dashedOutline(box, lineWidth, dashes), toQt(color));
+    painter.fillPath(isSolid ? outline(box, lineWidth) : dashedOutline(box, lineWidth, dashes, seen()),
+                     toQt(color));
+}
+
+// What of the canvas lies on the painter's image, generously.
+QRectF QtCanvas::seen() const {
+    return painter.worldTransform().inverted().mapRect(QRectF(painter.viewport()).adjusted(-1, -1, 1, 1));
 }
 
 Size QtCanvas::measure(std::string_view text, const Font& font) const {
@@ -215,6 +226,10 @@ Size QtCanvas::measure(std::string_view text, const Font& font) const {
 
 void QtCanvas::drawText(std::string_view text, Point bottomLeft, const Font& font, const Color& color) {
     const TextBox box = layOut(text, font, face);
+    // Letters may hang over the box.
+    const double overhang = font.size / 2;
+    const QRectF place(bottomLeft.x, height - bottomLeft.y - box.height(), box.width, box.height());
+    if (!place.adjusted(-overhang, -overhang, overhang, overhang).intersects(seen())) return;
     QGlyphRun run;
     run.setRawFont(box.font);
     run.setGlyphIndexes(box.glyphs);

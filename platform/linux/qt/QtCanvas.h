@@ -3,7 +3,7 @@
 #include "platform/Canvas.h"
 
 #include <QFont>
-#include <QImage>
+#include <QRectF>
 
 class QPainter;
 
@@ -29,6 +29,8 @@ public:
     void drawText(std::string_view text, Point bottomLeft, const Font& font, const Color& color) override;
 
 private:
+    QRectF seen() const;
+
     QPainter& painter;
     double height;
     QFont face;

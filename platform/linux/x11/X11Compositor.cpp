@@ -3,6 +3,8 @@
 #include <xcb/damage.h>
 #include <xcb/xfixes.h>
 
+#include <algorithm>
+#include <chrono>
 #include <string>
 #include <utility>
 
@@ -10,7 +12,11 @@ namespace clipwren {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr int longestRepaint = 100; // milliseconds
+constexpr int shortestSecond = 16;
+constexpr int longestSecond = 100;
 // Between the moment when a compositor names itself, or is gone, and the moment when its windows are right.
 constexpr int settlingTime = 150; // milliseconds
 constexpr std::uint8_t eventTypeMask = 0x7F;
@@ -82,16 +88,24 @@ void X11Compositor::changeAndAwaitRepaint(const QRegion& area, const std::functi
     xcb_damage_create(raw, damage, connection.root(), XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
     // Tells apart what was painted before, and the notice of everything with which a damage object begins.
     const unsigned before = xcb_no_operation(raw).sequence;
+    const auto begin = Clock::now();
     change();
     QRegion left = area;
-    connection.waitForEvent(longestRepaint, [&](const xcb_generic_event_t& event) {
+    const auto isRepainted = [&](const xcb_generic_event_t& event) {
         if ((event.response_type & eventTypeMask) != damageEvent + XCB_DAMAGE_NOTIFY) return false;
         const auto& notice = reinterpret_cast<const xcb_damage_notify_event_t&>(event);
         const auto sinceThen = static_cast<std::int16_t>(notice.sequence - before);
         if (notice.damage != damage || sinceThen <= 0) return false;
         left -= QRect(notice.area.x, notice.area.y, notice.area.width, notice.area.height);
         return left.isEmpty();
-    });
+    };
+    // The first painting may have begun before the change and been finished after it; then a second follows.
+    if (connection.waitForEvent(longestRepaint, isRepainted)) {
+        left = area;
+        const auto first = std::chrono::ceil<std::chrono::milliseconds>(Clock::now() - begin).count();
+        connection.waitForEvent(std::clamp(3 * static_cast<int>(first), shortestSecond, longestSecond),
+                                isRepainted);
+    }
     xcb_damage_destroy(raw, damage);
 }
 

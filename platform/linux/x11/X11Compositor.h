@@ -26,7 +26,7 @@ public:
     [[nodiscard]] Subscription subscribe(std::function<void()> handler);
 
     // Makes the change and returns when it can be seen on the screen: when everything in `area` (native
-    // pixels) has been painted anew since, after a tenth of a second at the latest. Without a compositor the
+    // pixels) has been painted anew since, after a fifth of a second at the latest. Without a compositor the
     // server itself has done it at once.
     void changeAndAwaitRepaint(const QRegion& area, const std::function<void()>& change);
 
