@@ -38,8 +38,9 @@ PixelRect pixelsTouched(const Rect& fractionalPixels) {
 }
 
 std::vector<NativeScreen> layOutScreens(std::vector<NativeMonitor> monitors, double scale) {
-    std::stable_partition(monitors.begin(), monitors.end(),
-                          [](const NativeMonitor& monitor) { return monitor.isPrimary; });
+    const auto primary = std::find_if(monitors.begin(), monitors.end(),
+                                      [](const NativeMonitor& monitor) { return monitor.isPrimary; });
+    if (primary != monitors.end()) std::rotate(monitors.begin(), primary, std::next(primary));
     std::vector<NativeMonitor> kept;
     for (std::size_t i = 0; i < monitors.size(); ++i) {
         const PixelRect& pixels = monitors[i].pixels;
