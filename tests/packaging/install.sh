@@ -55,4 +55,12 @@ offered() {
 [ "$(offered clipwren --t)" = --trigger ] || fail "completion of --t offers: $(offered clipwren --t)"
 [ -z "$(offered clipwren --help '')" ] || fail "completion offers a second option: $(offered clipwren --help '')"
 
+# The program, its completion and its manual page know the same options.
+told=$("$root/bin/clipwren" --help | grep -o -e '--[a-z]*' | sort -u)
+[ "$(offered clipwren '' | tr ' ' '\n')" = "$told" ] || fail "completion does not offer what --help tells: $told"
+for option in $told; do
+    zcat "$share/man/man1/clipwren.1.gz" | grep -qF "${option//-/\\-}" || fail "the manual page lacks $option"
+done
+[[ $("$root/bin/clipwren" --version) == *"$version"* ]] || fail 'the program tells another version'
+
 [ "$failures" = 0 ]
