@@ -6,6 +6,7 @@ from PIL import Image
 import desktop
 import pattern
 
+BACKGROUND = (0x3a, 0x6e, 0xa5)  # of the desktop beside the window
 LAST_DELAY = 1 / 15  # how long the last frame of a recording stays
 
 
@@ -14,12 +15,13 @@ class Recording:
 
     region: (left, top, right, bottom) in pixels of the screen, not scaled.
     pointer: where the pointer stood all the time; None when it was out of reach.
-    background: RGB of the screen beside the window; beyond: True where the screen ends (array of the region).
+    beyond: a box of the region (left, top, right, bottom) that no monitor shows; it must be black.
+    ignored: a box of the region that is not compared, for example where a theme's cursor stood.
     """
 
-    def __init__(self, test, gif, window, region, pointer=None, background=(0x3a, 0x6e, 0xa5), beyond=None):
+    def __init__(self, test, gif, window, region, pointer=None, beyond=None, ignored=None):
         self.test, self.gif, self.window, self.region = test, gif, window, region
-        self.pointer, self.background, self.beyond = pointer, background, beyond
+        self.pointer, self.beyond, self.ignored = pointer, beyond, ignored
         self.width, self.height = region[2] - region[0], region[3] - region[1]
         test.assertEqual((gif.width, gif.height), (self.width, self.height))
         test.assertEqual(gif.loop, 0, "the animation must loop for ever")
@@ -29,15 +31,16 @@ class Recording:
         """The region of the screen with picture n in the window, and the pointer over it."""
         left, top, right, bottom = self.region
         screen = np.empty((self.height, self.width, 3), np.uint8)
-        screen[:] = self.background
-        if self.beyond is not None:
-            screen[self.beyond] = 0
+        screen[:] = BACKGROUND
         x, y = self.window.left, self.window.top
         width, height = self.window.size
         l, t, r, b = max(left, x), max(top, y), min(right, x + width), min(bottom, y + height)
         if l < r and t < b:
             screen[t - top:b - top, l - left:r - left] = \
                 pattern.picture(n, width, height)[t - y:b - y, l - x:r - x]
+        if self.beyond:
+            l, t, r, b = self.beyond
+            screen[t:b, l:r] = 0
         pointer = pointer or self.pointer
         if pointer:
             pattern.draw_cursor(screen, pointer[0] - left, pointer[1] - top)
@@ -56,8 +59,11 @@ class Recording:
         pointers: per frame the places where the pointer may have been.
         """
         mask = pattern.outside(self.badge, self.width, self.height)
+        if self.ignored:
+            mask &= pattern.outside(self.ignored, self.width, self.height)
         for index, (n, frame) in enumerate(zip(self.counters(), self.gif.frames)):
-            candidates = [self.expected(n, at) for at in (pointers[index] if pointers else [None])]
+            places = self.places(frame, pointers[index]) if pointers else [None]
+            candidates = [self.expected(n, at) for at in places]
             wrong = min(((frame != one).any(axis=2) & mask for one in candidates), key=np.count_nonzero)
             if wrong.any():
                 name = self.save(index, candidates[0], frame, wrong)
@@ -65,6 +71,14 @@ class Recording:
                 self.test.fail(f"frame {index} (picture {n}): {np.count_nonzero(wrong)} pixels differ, the first at "
                                f"({x}, {y}): {frame[y, x]}; see {name}")
             self.check_badge(index, frame)
+
+    def places(self, frame, pointers):
+        """Those of the places where the frame can have the pointer: its middle is white, or not to be seen."""
+        def possible(x, y):
+            inside = 0 <= x < self.width and 0 <= y < self.height
+            left, top, right, bottom = self.badge
+            return not inside or (frame[y, x] == 255).all() or (left <= x < right and top <= y < bottom)
+        return [p for p in pointers if possible(p[0] - self.region[0], p[1] - self.region[1])] or pointers[:1]
 
     def check_badge(self, index, frame):
         left, top, right, bottom = self.badge

@@ -51,7 +51,8 @@ class Cursor(desktop.ScreenTest):
         path = [self.REGION[2:]]
         window.go()
         while 45 not in window.times():
-            path.append((170 + 7 * len(path) % 380, 130 + 5 * len(path) % 280))
+            # Below the counter, which must stay readable.
+            path.append((170 + 7 * len(path) % 380, 155 + 5 * len(path) % 255))
             self.desktop.move(*path[-1])
             time.sleep(0.03)
         time.sleep(0.3)

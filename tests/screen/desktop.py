@@ -252,6 +252,7 @@ class Clipwren:
             if not isinstance(settings, (str, bytes)):
                 text = "[recording]\n" + "".join(f"{key}={value}\n" for key, value in settings.items())
             self.settings.write_bytes(text if isinstance(text, bytes) else text.encode())
+        self.before = set(self.folder.glob("*"))
         self.process = subprocess.Popen([*command, str(BUILD / "clipwren")], stderr=subprocess.PIPE, text=True,
                                         errors="replace", env={**os.environ, **(environment or {})})
         self.log = Lines(self.process.stderr, echo=True)
@@ -284,9 +285,11 @@ class Clipwren:
         return self.folder / name
 
     def gifs(self):
-        return sorted(self.folder.glob("*")) if self.folder.is_dir() else []
+        """The files that have come into the folder since the start."""
+        return sorted(set(self.folder.glob("*")) - self.before)
 
     def close(self):
+        """Ends it as a session manager does; its status."""
         return end(self.process)
 
 

@@ -28,12 +28,14 @@ class Gif:
         assert (width, height, count) == (self.width, self.height, len(self.frames)), header
         assert loop == (-1 if self.loop is None else self.loop), f"loop count {loop} or {self.loop}"
         size = width * height * 3
+        at = 0
         for index, (frame, delay) in enumerate(zip(self.frames, self.delays)):
-            line, rest = rest.split(b"\n", 1)
+            end = rest.index(b"\n", at)
+            line, at = rest[at:end], end + 1
             assert int(line) == round(delay * 100), f"delay of frame {index}: {line} or {delay}"
-            other = np.frombuffer(rest[:size], np.uint8).reshape(height, width, 3)
+            other = np.frombuffer(rest, np.uint8, size, at).reshape(height, width, 3)
             assert np.array_equal(other, frame), f"the decoders disagree about frame {index}"
-            rest = rest[size:]
+            at += size
 
     @property
     def duration(self):
