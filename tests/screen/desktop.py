@@ -182,13 +182,14 @@ class Desktop:
         return not self.covering_windows()
 
     def windows_named(self, name):
-        """Ordinary windows with exactly this title, wherever a window manager has put them."""
+        """Ordinary windows, not covering ones, with exactly this title, wherever a window manager has put them."""
         found, pending = [], list(self.root.query_tree().children)
         while pending:
             window = pending.pop()
             try:
                 title = window.get_full_text_property(self.display.intern_atom("_NET_WM_NAME")) or window.get_wm_name()
-                if title == name and window.get_attributes().map_state == X.IsViewable:
+                attributes = window.get_attributes()
+                if title == name and attributes.map_state == X.IsViewable and not attributes.override_redirect:
                     found.append(window)
                 pending += window.query_tree().children
             except (error.BadWindow, error.BadDrawable):
@@ -201,11 +202,12 @@ class Desktop:
 
 
 class PatternWindow:
-    """A running pattern_window."""
+    """A running pattern_window. An unmanaged one stands where no window manager would let it."""
 
-    def __init__(self, left, top, width, height, fps=0, frames=1):
+    def __init__(self, left, top, width, height, fps=0, frames=1, unmanaged=False):
         self.size = (width, height)
-        self.process = subprocess.Popen([tool("pattern_window"), *map(str, (left, top, width, height, fps, frames))],
+        self.process = subprocess.Popen([tool("pattern_window"), *map(str, (left, top, width, height, fps, frames)),
+                                         *(["unmanaged"] if unmanaged else [])],
                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.output = Lines(self.process.stdout)
         ready = wait_for(lambda: self.output.matching(r"^ready (-?\d+) (-?\d+) (\d+)"), "the pattern window")[0]
@@ -263,10 +265,15 @@ class Clipwren:
     def running(self):
         return self.process.poll() is None
 
-    def select(self, left, top, right, bottom):
-        """Hot key and drag; returns when the veil is up."""
+    def begin(self):
+        """Hot key; returns when the selector is up and a person could have noticed."""
         self.desktop.hot_key()
         wait_for(self.desktop.selecting, "the selector")
+        time.sleep(0.15)
+
+    def select(self, left, top, right, bottom):
+        """Hot key and drag; returns when the veil is up."""
+        self.begin()
         self.desktop.drag(left, top, right, bottom)
         wait_for(self.desktop.recording, "the veil")
 
@@ -278,6 +285,7 @@ class Clipwren:
         """The path of the next GIF that the log speaks of."""
         def line():
             assert self.running() or self.log.thread.is_alive(), "Clipwren ended"
+            assert not self.desktop.windows_named("Clipwren"), "Clipwren shows an alert instead"
             found = self.log.matching(r"\[Clipwren\] GIF copied to clipboard — (Recording_.*\.gif)$")
             return found[self.saved:self.saved + 1]
         name = wait_for(line, "the log line of a saved GIF", seconds)[0][1]
@@ -319,8 +327,8 @@ class ScreenTest(unittest.TestCase):
         self.addCleanup(clipwren.close)
         return clipwren
 
-    def pattern(self, *arguments):
-        window = PatternWindow(*arguments)
+    def pattern(self, *arguments, **options):
+        window = PatternWindow(*arguments, **options)
         self.addCleanup(window.close)
         return window
 

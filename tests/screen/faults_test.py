@@ -38,8 +38,7 @@ class Faults(desktop.ScreenTest):
     def works_again(self, clipwren):
         """After the failure the program is idle and ready."""
         self.assertTrue(clipwren.running())
-        self.desktop.hot_key()
-        desktop.wait_for(self.desktop.selecting, "the selector")
+        clipwren.begin()
         self.desktop.keysym("Escape")
         desktop.wait_for(self.desktop.bare, "the selector to go")
 
@@ -94,8 +93,7 @@ class Faults(desktop.ScreenTest):
         # Nothing or little has been recorded: a GIF of it, or the message that there is nothing to save.
         clipwren = self.start()
         for _ in range(5):
-            self.desktop.hot_key()
-            desktop.wait_for(self.desktop.selecting, "the selector")
+            clipwren.begin()
             self.desktop.drag(*self.REGION)
             self.desktop.hot_key()
 

@@ -1,6 +1,6 @@
 // A window whose every pixel is known: the screen tests record it and compare.
 //
-//   pattern_window LEFT TOP WIDTH HEIGHT FPS FRAMES
+//   pattern_window LEFT TOP WIDTH HEIGHT FPS FRAMES [unmanaged]
 //
 // Places a window without frame with its top left pixel at (LEFT, TOP) and draws FRAMES pictures (0: until it
 // is ended) at FPS pictures a second; FPS 0 draws only picture 0. Picture n is a function of n, WIDTH and
@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <poll.h>
 #include <vector>
@@ -80,7 +81,7 @@ void sleepUntil(double time) {
 
 class Window {
 public:
-    Window(int left, int top, int width, int height)
+    Window(int left, int top, int width, int height, bool isUnmanaged)
         : picture{width, height, std::vector<std::uint32_t>(static_cast<std::size_t>(width) * height)} {
         connection = xcb_connect(nullptr, nullptr);
         if (xcb_connection_has_error(connection) != 0) {
@@ -89,14 +90,15 @@ public:
         }
         screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
         window = xcb_generate_id(connection);
-        const std::uint32_t values[] = {XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+        const std::uint32_t values[] = {isUnmanaged ? 1u : 0u,
+                                        XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
                                             XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_KEY_PRESS,
                                         makeCursor()};
         xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root,
                           static_cast<std::int16_t>(left), static_cast<std::int16_t>(top),
                           static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height), 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
-                          XCB_CW_EVENT_MASK | XCB_CW_CURSOR, values);
+                          XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK | XCB_CW_CURSOR, values);
         placeWithoutFrame(left, top, width, height);
         back = xcb_generate_id(connection);
         xcb_create_pixmap(connection, screen->root_depth, back, window, static_cast<std::uint16_t>(width),
@@ -252,14 +254,15 @@ private:
 } // namespace
 
 int main(int count, char** arguments) {
-    if (count != 7) {
-        std::fputs("usage: pattern_window LEFT TOP WIDTH HEIGHT FPS FRAMES\n", stderr);
+    const bool isUnmanaged = count == 8 && std::strcmp(arguments[7], "unmanaged") == 0;
+    if (count != 7 && !isUnmanaged) {
+        std::fputs("usage: pattern_window LEFT TOP WIDTH HEIGHT FPS FRAMES [unmanaged]\n", stderr);
         return 2;
     }
     const auto number = [&](int index) { return std::atoi(arguments[index]); };
     const int fps = number(5), frames = number(6);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    Window window(number(1), number(2), number(3), number(4));
+    Window window(number(1), number(2), number(3), number(4), isUnmanaged);
     double shown = now();
     std::printf("frame 0 %.6f\n", shown);
     while (!window.moving)

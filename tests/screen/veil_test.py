@@ -13,7 +13,7 @@ class Veil(desktop.ScreenTest):
     def setUp(self):
         super().setUp()
         self.window = self.pattern(100, 80, 900, 700)
-        self.other = self.pattern(1400, 300, 300, 250)
+        self.other = self.pattern(1400, 300, 300, 250, unmanaged=True)
         self.desktop.move(1200, 980)
         time.sleep(0.3)
         self.before = desktop.screenshot().astype(int)
@@ -69,6 +69,7 @@ class Veil(desktop.ScreenTest):
         desktop.wait_for(lambda: self.window.presses("key"), "a key through the veil")
         self.desktop.click(1500, 400)  # on the other monitor
         desktop.wait_for(lambda: self.other.presses("button") == [1], "a click on the other monitor")
+        time.sleep(0.3)
         self.clipwren.stop()
 
     def test_new_windows_are_dimmed_too(self):
@@ -81,6 +82,7 @@ class Veil(desktop.ScreenTest):
         def dark():
             return desktop.screenshot()[area].mean() < 0.8 * bright
         desktop.wait_for(dark, "a dark new window", 5)
+        time.sleep(0.3)
         self.clipwren.stop()
 
 
