@@ -16,13 +16,11 @@ import unittest
 import numpy as np
 from PIL import ImageGrab
 from Xlib import X, XK, display, error
-from Xlib.ext import shape, xtest
+from Xlib.ext import randr, shape, xtest
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ.get("CLIPWREN_BUILD", REPOSITORY / "build" / "release"))
 KEY_G = 42  # XKB's AC05, whatever the layout prints on it
-LEFT_MONITOR, RIGHT_MONITOR = (0, 0, 1280, 1024), (1280, 100, 640, 800)
-SCREEN_HEIGHT = 1080
 # Everything takes longer under a sanitizer and on a busy machine; a wait that succeeds costs nothing.
 PATIENCE = 15
 
@@ -82,6 +80,9 @@ class Desktop:
         self.display = display.Display()
         self.screen = self.display.screen()
         self.root = self.screen.root
+        self.monitors = [(m.x, m.y, m.width_in_pixels, m.height_in_pixels)
+                         for m in randr.get_monitors(self.root).monitors]
+        """(left, top, width, height) of each, the primary one first."""
 
     def close(self):
         try:
@@ -159,7 +160,7 @@ class Desktop:
                 at = window.get_geometry()
             except (error.BadWindow, error.BadDrawable):
                 continue
-            if (at.x, at.y, at.width, at.height) in (LEFT_MONITOR, RIGHT_MONITOR):
+            if (at.x, at.y, at.width, at.height) in self.monitors:
                 found.append((window, (at.x, at.y, at.width, at.height)))
         return found
 
@@ -170,12 +171,12 @@ class Desktop:
             return False
 
     def selecting(self):
-        """Whether the selector covers both monitors."""
-        return sum(self.takes_clicks(window) for window, _ in self.covering_windows()) == 2
+        """Whether the selector covers every monitor."""
+        return sum(self.takes_clicks(window) for window, _ in self.covering_windows()) == len(self.monitors)
 
     def recording(self):
-        """Whether the veil covers both monitors."""
-        return sum(not self.takes_clicks(window) for window, _ in self.covering_windows()) == 2
+        """Whether the veil covers every monitor."""
+        return sum(not self.takes_clicks(window) for window, _ in self.covering_windows()) == len(self.monitors)
 
     def bare(self):
         """Whether neither is there."""
@@ -195,6 +196,13 @@ class Desktop:
             except (error.BadWindow, error.BadDrawable):
                 continue
         return found
+
+    def on_monitors(self):
+        """A mask of the screen that is true where a monitor shows it."""
+        mask = np.zeros((self.screen.height_in_pixels, self.screen.width_in_pixels), bool)
+        for left, top, width, height in self.monitors:
+            mask[top:top + height, left:left + width] = True
+        return mask
 
     def focus(self):
         focus = self.display.get_input_focus().focus

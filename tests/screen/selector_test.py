@@ -102,11 +102,9 @@ class Selector(desktop.ScreenTest):
         for point in ((300, 300), (right, bottom)):
             self.desktop.move(*point)
 
-        # Everything on both monitors is black at 0.35, but for the rectangle with its border and label. A
+        # Everything on all monitors is black at 0.35, but for the rectangle with its border and label. A
         # compositor shows it a moment later.
-        monitors = np.zeros((desktop.SCREEN_HEIGHT, 1920), bool)
-        for l, t, w, h in (desktop.LEFT_MONITOR, desktop.RIGHT_MONITOR):
-            monitors[t:t + h, l:l + w] = True
+        monitors = self.desktop.on_monitors()
         monitors[top - 2:bottom + 32, left - 2:right + 2] = False
         inside = np.s_[top + 5:bottom - 5, left + 5:right - 5]
 

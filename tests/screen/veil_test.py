@@ -24,11 +24,10 @@ class Veil(desktop.ScreenTest):
         return shot[mask].sum() / max(1, self.before[mask].sum())
 
     def masks(self):
-        hole, monitors = np.zeros((2, desktop.SCREEN_HEIGHT, 1920), bool)
+        monitors = self.desktop.on_monitors()
+        hole = np.zeros_like(monitors)
         left, top, right, bottom = self.REGION
         hole[top:bottom, left:right] = True
-        for l, t, w, h in (desktop.LEFT_MONITOR, desktop.RIGHT_MONITOR):
-            monitors[t:t + h, l:l + w] = True
         return hole, monitors & ~hole
 
     def wait_until_dark(self):
@@ -46,7 +45,7 @@ class Veil(desktop.ScreenTest):
             # 0.55 of the brightness with a compositor; half of it, by rows, without.
             self.assertTrue(0.45 <= self.dimmed(shot, rest) <= 0.6, self.dimmed(shot, rest))
             # Also in the small: every 8 x 8 block outside is darker.
-            for l, t, w, h in (desktop.LEFT_MONITOR, desktop.RIGHT_MONITOR):
+            for l, t, w, h in self.desktop.monitors:
                 blocks = lambda image: image[t:t + h, l:l + w].sum(axis=2).reshape(h // 8, 8, w // 8, 8).sum(axis=(1, 3))
                 darker = blocks(shot) <= 0.7 * blocks(self.before)
                 covered = blocks(np.where(hole[..., None], 1, 0)) == 0

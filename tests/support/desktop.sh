@@ -11,7 +11,7 @@
 #   -w WM        openbox | xfwm4 (with its compositor) | xfwm4-nocomp | none
 #   -c COMP      picom | none
 #   -p PANEL     xfce | mate | trayer | tint2 | none
-#   -b COLOUR    background of the root window
+#   -b '#rrggbb' background of the desktop
 #   -l FOLDER    where the logs of server, window manager, ... go; otherwise they are thrown away
 #   -t SECONDS   longest time for the command, then it is ended and the status is 124
 #   -s FILE      screenshot at the end
@@ -127,7 +127,22 @@ if [ "$monitors" = 2 ]; then
         xrandr --setmonitor RIGHT 640/170x800/212+1280+100 none >>"$logs/xrandr" 2>&1 ||
         fail 'the monitors could not be laid out' xrandr
 fi
-xsetroot -solid "$background"
+# A background as desktops set it, which compositors paint too.
+/usr/bin/python3 - "$background" <<'PYTHON' || fail 'no background'
+import sys
+from Xlib import X, Xatom, display
+d = display.Display()
+screen = d.screen()
+width, height = screen.width_in_pixels, screen.height_in_pixels
+picture = screen.root.create_pixmap(width, height, screen.root_depth)
+picture.fill_rectangle(picture.create_gc(foreground=int(sys.argv[1].lstrip("#"), 16)), 0, 0, width, height)
+for name in ("_XROOTPMAP_ID", "ESETROOT_PMAP_ID"):
+    screen.root.change_property(d.intern_atom(name), Xatom.PIXMAP, 32, [picture.id])
+screen.root.change_attributes(background_pixmap=picture)
+screen.root.clear_area()
+d.set_close_down_mode(X.RetainPermanent)
+d.sync()
+PYTHON
 
 channels=$XDG_CONFIG_HOME/xfce4/xfconf/xfce-perchannel-xml
 mkdir -p "$channels"
