@@ -126,6 +126,33 @@ TEST_F(X11PasteboardTest, OffersTheThreeFormsAndNoOther) {
     EXPECT_EQ(read("image/gif"), "(none)");
 }
 
+TEST_F(X11PasteboardTest, GivesSeveralFormsAtOnce) {
+    X11Pasteboard pasteboard;
+    EXPECT_TRUE(pasteboard.writeFileURL(file));
+    // Prints what became of each pair of target and property, and the time at which the clipboard was taken.
+    const char* script = R"(
+from Xlib import X, Xatom, display
+d = display.Display()
+atom = d.intern_atom
+w = d.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+pairs = [atom('text/uri-list'), atom('P1'), atom('image/gif'), atom('P2'), atom('TIMESTAMP'), atom('P3')]
+w.change_property(atom('P'), atom('ATOM_PAIR'), 32, pairs)
+w.convert_selection(atom('CLIPBOARD'), atom('MULTIPLE'), atom('P'), X.CurrentTime)
+event = d.next_event()
+assert event.type == X.SelectionNotify and event.property == atom('P'), event
+answer = w.get_full_property(atom('P'), X.AnyPropertyType).value
+print([d.get_atom_name(a) if a else None for a in answer[1::2]])
+print(bytes(w.get_full_property(atom('P1'), X.AnyPropertyType).value).decode().strip())
+since = w.get_full_property(atom('P3'), Xatom.INTEGER).value[0]
+for time, name in ((since, 'P4'), (since - 1, 'P5')):
+    w.convert_selection(atom('CLIPBOARD'), atom('text/uri-list'), atom(name), time)
+    print(d.next_event().property == atom(name))
+)";
+    const auto result =
+        run("/usr/bin/python3", {QStringLiteral("-c"), QString::fromLatin1(script)}).output.toStdString();
+    EXPECT_EQ(result, "['P1', None, 'P3']\n" + fileUri(file) + "\nTrue\nFalse\n");
+}
+
 TEST_F(X11PasteboardTest, AnotherProgramMayTakeTheClipboard) {
     X11Pasteboard pasteboard;
     EXPECT_TRUE(pasteboard.writeFileURL(file));
