@@ -8,6 +8,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <QApplication>
+#include <QMessageBox>
 #include <QTimer>
 #include <QWidget>
 
@@ -36,16 +37,28 @@ struct QtApplicationSubject {
         QWidget window;
         window.setGeometry(100, 100, 200, 100);
         window.show();
-        window.activateWindow();
-        EXPECT_TRUE(
-            runEventLoopUntil([] { return QGuiApplication::applicationState() == Qt::ApplicationActive; }));
+        EXPECT_TRUE(runEventLoopUntil([&] { return window.isActiveWindow(); }));
         window.hide();
-        EXPECT_TRUE(
-            runEventLoopUntil([] { return QGuiApplication::applicationState() != Qt::ApplicationActive; }));
+        EXPECT_TRUE(runEventLoopUntil([] { return !QGuiApplication::focusWindow(); }));
     }
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Qt, ApplicationConformance, QtApplicationSubject);
+
+TEST(QtApplication, TellsThatTheUserIsBackAfterAMessageBox) {
+    QtApplicationSubject subject;
+    QMessageBox box;
+    QTimer answer;
+    QObject::connect(&answer, &QTimer::timeout, &box, [&] {
+        if (box.isActiveWindow()) box.accept();
+    });
+    answer.start(10);
+    box.exec();
+    int calls = 0;
+    const auto observer = subject.real.observeDidBecomeActive([&] { ++calls; });
+    subject.comeBack();
+    EXPECT_EQ(calls, 1);
+}
 
 TEST(QtApplication, TerminateEndsNestedLoopsToo) {
     QtApplicationSubject subject;

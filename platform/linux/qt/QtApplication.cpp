@@ -4,8 +4,10 @@
 #include "platform/linux/OwnExecutable.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QProcess>
 #include <QWidget>
+#include <QWindow>
 
 #include <utility>
 
@@ -16,16 +18,21 @@ namespace clipwren {
 
 namespace {
 
-class StateObserver : public ActivationObserver {
+// By the focus rather than by Qt's application state: that one stays "active" when a window is closed while
+// it has the focus, as message boxes are, and then says nothing when the user comes back.
+class FocusObserver : public ActivationObserver {
 public:
-    explicit StateObserver(std::function<void()> handler) {
-        const auto stateChanged = [handler = std::move(handler)](Qt::ApplicationState state) {
-            if (state == Qt::ApplicationActive) handler();
-        };
-        connection =
-            QObject::connect(qGuiApp, &QGuiApplication::applicationStateChanged, qGuiApp, stateChanged);
+    explicit FocusObserver(std::function<void()> handler) {
+        const auto focusChanged =
+            [handler = std::move(handler),
+             last = QPointer<QWindow>(QGuiApplication::focusWindow())](QWindow* focused) mutable {
+                const bool wasAway = !last || !last->isVisible();
+                last = focused;
+                if (focused && wasAway) handler();
+            };
+        connection = QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, qGuiApp, focusChanged);
     }
-    ~StateObserver() override { QObject::disconnect(connection); }
+    ~FocusObserver() override { QObject::disconnect(connection); }
 
 private:
     QMetaObject::Connection connection;
@@ -51,7 +58,7 @@ void QtApplication::terminate() {
 }
 
 std::unique_ptr<ActivationObserver> QtApplication::observeDidBecomeActive(std::function<void()> handler) {
-    return std::make_unique<StateObserver>(std::move(handler));
+    return std::make_unique<FocusObserver>(std::move(handler));
 }
 
 BundleFacts QtApplication::bundleFacts() const {
