@@ -2,6 +2,7 @@
 #include "tests/conformance/LogConformance.h"
 
 #include <sstream>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,22 +13,20 @@ namespace clipwren {
 struct SyslogLogSubject {
     SyslogLog real;
 
-    Log& log() {
-        if (!isCapturing) testing::internal::CaptureStderr();
-        isCapturing = true;
-        return real;
-    }
+    SyslogLogSubject() { testing::internal::CaptureStderr(); }
+    ~SyslogLogSubject() { lines(); }
+    Log& log() { return real; }
     std::vector<std::string> lines() {
-        isCapturing = false;
-        std::istringstream text(testing::internal::GetCapturedStderr());
         std::vector<std::string> lines;
+        if (!std::exchange(isCapturing, false)) return lines;
+        std::istringstream text(testing::internal::GetCapturedStderr());
         for (std::string line; std::getline(text, line);)
             lines.push_back(line);
         return lines;
     }
 
 private:
-    bool isCapturing = false;
+    bool isCapturing = true;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Syslog, LogConformance, SyslogLogSubject);

@@ -20,7 +20,7 @@ void DBusWorkspace::openFolder(const std::filesystem::path& folder) {
 
     constexpr int longestWait = 10'000; // ms; a file manager may first have to be started
     auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, longestWait));
-    const auto path = QString::fromStdString(std::filesystem::absolute(folder).string());
+    const auto path = QString::fromStdString(folder.string());
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, path] {
         if (QDBusPendingReply<>(*watcher).isError())
             QProcess::startDetached(QStringLiteral("xdg-open"), {path});

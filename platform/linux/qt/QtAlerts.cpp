@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTextDocument>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdlib>
@@ -66,14 +67,14 @@ int QtAlerts::runModal(const Alert& alert) {
     box.setDefaultButton(buttons.front());
     box.setEscapeButton(buttons.back());
 
-    // Qt raises and focuses a window only once it is there.
-    QMetaObject::invokeMethod(
-        &box,
-        [&box] {
-            box.raise();
-            box.activateWindow();
-        },
-        Qt::QueuedConnection);
+    // Window managers raise and focus a new window by themselves, but some not one of a program that had
+    // none.
+    constexpr int timeOfWindowManager = 200; // ms
+    QTimer::singleShot(timeOfWindowManager, &box, [&box] {
+        if (box.isActiveWindow()) return;
+        box.raise();
+        box.activateWindow();
+    });
     box.exec();
 
     const auto clicked = std::find(buttons.begin(), buttons.end(), box.clickedButton());
