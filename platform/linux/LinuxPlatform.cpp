@@ -32,6 +32,12 @@ namespace {
 
 const QString applicationIdentifier = QStringLiteral("app.clipwren.Clipwren");
 
+const Alert noScreenInWayland{
+    .messageText = "Clipwren cannot see this screen",
+    .informativeText =
+        "This is a Wayland session, which shows X11 programs nothing but each other, and no permission "
+        "can change that. To record, log out and choose an X11 (Xorg) session at login."};
+
 // Asked before the toolkit, which would end the process with a message of its own.
 bool displayAnswers() {
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
@@ -57,7 +63,9 @@ void warmUp(Canvases& canvases) {
 struct LinuxPlatform::Parts {
     explicit Parts(std::unique_ptr<QApplication> toolkit, std::unique_ptr<X11Connection> display)
         : toolkit(std::move(toolkit)),
-          display(std::move(display)) {}
+          display(std::move(display)) {
+        screenCapture.explainDenial = [this] { alerts.runModal(noScreenInWayland); };
+    }
 
     ~Parts() {
         // Threads report to the main queue, and what waits there may hold objects of the core, which need the

@@ -75,6 +75,10 @@ CapturePermission X11ScreenCapture::permission() const {
     return isXwayland ? CapturePermission::denied : CapturePermission::granted;
 }
 
+void X11ScreenCapture::requestPermission() {
+    if (permission() == CapturePermission::denied && explainDenial) mainQueue.async(explainDenial);
+}
+
 void X11ScreenCapture::shareableContent(ContentCompletion completion) {
     ShareableContent content;
     for (const NativeScreen& screen : readScreens(connection.raw(), connection.screen()))

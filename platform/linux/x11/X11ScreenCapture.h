@@ -3,6 +3,7 @@
 #include "platform/MainQueue.h"
 #include "platform/ScreenCapture.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,7 +21,11 @@ public:
     X11ScreenCapture(X11Connection& connection, MainQueue& mainQueue, std::string displayName = {});
 
     CapturePermission permission() const override;
-    void requestPermission() override {}
+    // Asks nobody: what is denied here cannot be granted. Calls `explainDenial` later, on the main queue.
+    void requestPermission() override;
+    // Tells the user why the permission is denied.
+    std::function<void()> explainDenial;
+
     void shareableContent(ContentCompletion completion) override;
 
     // Windows cannot be left out of what an X server shows: the caller leaves the region clear of them.
