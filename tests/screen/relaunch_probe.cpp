@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <thread>
 
 #include <unistd.h>
@@ -34,6 +35,7 @@ int main(int argc, char** argv) {
     if (!diary()) return 2;
     const bool isFirst = !std::filesystem::exists(diary());
     note("begin");
+    if (isFirst) std::cin.get();
     const QApplication toolkit(argc, argv);
     clipwren::QtApplication application;
     QTimer::singleShot(0, [&] {
