@@ -16,7 +16,8 @@
 #   -t SECONDS   longest time for the command, then it is ended and the status is 124
 #   -s FILE      screenshot at the end
 #
-# Inside, XSERVER_PID is the server's process and DESKTOP_FOLDER the private folder that goes away at the end.
+# Inside, XSERVER_PID is the server's process, PANEL_PID the panel's, PANEL_COMMAND how the panel was started, and
+# DESKTOP_FOLDER the private folder that goes away at the end.
 # Status 125: the desktop did not come up; the reason is on standard error.
 set -u
 display='' geometry=1920x1080 monitors=1 manager=openbox compositor=none panel=none
@@ -194,23 +195,23 @@ none) ;;
 *) fail "no such compositor: $compositor" ;;
 esac
 [ "$compositor" = picom ] || [ "$manager" = xfwm4 ] && { awaitSelection _NET_WM_CM_S0 || fail 'no compositor' compositor; }
+panelCommand=()
 case $panel in
-xfce)
-    background panel xfce4-panel --disable-wm-check
-    ;;
-mate)
-    background panel mate-panel --replace
-    ;;
-trayer) background panel trayer --edge top --align right --widthtype request --height 26 ;;
+xfce) panelCommand=(xfce4-panel --disable-wm-check) ;;
+mate) panelCommand=(mate-panel --replace) ;;
+trayer) panelCommand=(trayer --edge top --align right --widthtype request --height 26) ;;
 tint2)
-    printf '%s\n' 'panel_items = TSC' 'panel_size = 100% 30' 'panel_position = top center horizontal' \
-        'rounded = 0' 'background_color = #202020 100' >"$folder/tint2rc"
-    background panel tint2 -c "$folder/tint2rc"
+    printf '%s\n' 'panel_items = TSC' 'panel_size = 100% 30' 'panel_position = top center horizontal' >"$folder/tint2rc"
+    panelCommand=(tint2 -c "$folder/tint2rc")
     ;;
 none) ;;
 *) fail "no such panel: $panel" ;;
 esac
-[ "$panel" = none ] || awaitSelection _NET_SYSTEM_TRAY_S0 || fail 'the panel did not start' panel
+if [ "$panel" != none ]; then
+    background panel "${panelCommand[@]}"
+    export PANEL_PID=${pids[-1]} PANEL_COMMAND="${panelCommand[*]}"
+    awaitSelection _NET_SYSTEM_TRAY_S0 || fail 'the panel did not start' panel
+fi
 
 status=0
 if [ $# -gt 0 ]; then
