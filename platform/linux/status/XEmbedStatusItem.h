@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <memory>
 
 namespace clipwren {
 
@@ -29,18 +30,22 @@ private:
     void repaint();
     void click();
     void showToolTip();
+    void open();
+    void checkDocking();
     TrayPictureStyle style();
 
     const StatusItemState& state;
+    X11Connection& connection;
     SystemTray& tray;
     const double scale;
     const std::function<void()> refused;
-    TrayWindow window;
+    std::unique_ptr<TrayWindow> window; // none between two attempts
     StatusMenu menu;
     std::shared_ptr<const Menu> shownMenu;
     int wantedWidth = 0;
     QTimer toolTipDelay;
-    QTimer dockingDeadline;
+    QTimer docking;
+    int attempts = 0; // since the window was last taken in
 };
 
 } // namespace clipwren
