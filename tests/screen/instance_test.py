@@ -38,6 +38,7 @@ class InstanceTest(ScreenTest):
         wait_for(self.desktop.selecting, "the selector")
         self.desktop.drag(200, 200, 500, 400)
         wait_for(self.desktop.recording, "the veil")
+        time.sleep(1)
         self.assertEqual(run("--trigger").returncode, 0)
         clipwren.wait_for_gif()
 
@@ -66,6 +67,7 @@ class InstanceTest(ScreenTest):
         self.assertEqual(second.returncode, 1)
         self.assertEqual(run("--trigger", DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent").returncode, 1)
         clipwren.select(200, 200, 500, 400)
+        time.sleep(1)
         clipwren.stop()
 
     def test_without_a_panel_the_user_is_told_once(self):
