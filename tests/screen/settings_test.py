@@ -277,8 +277,9 @@ class SettingsTest(desktop.ScreenTest):
                         hearing.is_shown(element):
                     ratio, ground = contrast(hearing.area(element))
                     # The guidelines ask for 4.5 of texts, and for 3 of pictures.
-                    self.assertGreater(ratio, 3 if element.get_role_name() == "image" else 4.5, f"{element.get_name()} in the {theme} theme")
-                    self.assertEqual(ground < 0.2, theme == "dark", f"{element.get_name()} in the {theme} theme")
+                    where = f"{element.get_name()} in the {theme} theme"
+                    self.assertGreater(ratio, 3 if element.get_role_name() == "image" else 4.5, where)
+                    self.assertEqual(ground < 0.2, theme == "dark", where)
             clipwren.close()
 
 
