@@ -40,6 +40,8 @@ UnaskedEnd::UnaskedEnd(std::function<void()> save, std::function<void()> finish)
     : save(std::move(save)),
       finish(std::move(finish)) {
     current = this;
+    // A reader of standard error that has gone is no reason to end.
+    std::signal(SIGPIPE, SIG_IGN);
     if (pipe2(signalPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) return;
     signalNotifier = std::make_unique<QSocketNotifier>(signalPipe[0], QSocketNotifier::Read);
     QObject::connect(signalNotifier.get(), &QSocketNotifier::activated, [this] { signalArrived(); });
@@ -63,7 +65,7 @@ void UnaskedEnd::saveOnce() {
 
 void UnaskedEnd::signalArrived() {
     saveOnce();
-    QCoreApplication::quit();
+    QCoreApplication::exit(EXIT_SUCCESS); // quit() would ask every window, and one may refuse.
 }
 
 void UnaskedEnd::displayIsLost() {
