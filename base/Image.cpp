@@ -1,5 +1,6 @@
 #include "base/Image.h"
 
+#include "base/BlockPool.h"
 #include "base/FatalError.h"
 
 #include <algorithm>
@@ -18,7 +19,7 @@ Image::Image(const PixelView& view) : size{view.width, view.height} {
     for (int row = 0; row < blockRows(); ++row) {
         for (int column = 0; column < blockColumns(); ++column) {
             const PixelRect rect = blockRect(column, row);
-            auto block = std::make_shared<Block>(static_cast<std::size_t>(blockWidth * rect.height));
+            auto block = makeBlock(rect);
             for (int y = 0; y < rect.height; ++y)
                 std::copy_n(view.row(rect.y + y) + rect.x, rect.width, block->data() + y * blockWidth);
             table->push_back(std::move(block));
@@ -31,11 +32,12 @@ Image Image::replacing(std::span<const Patch> patches) const {
     auto table = std::make_shared<BlockTable>(*blocks);
     // The blocks made in this call, by position: they may still be written, those of the old picture may not.
     std::vector<Block*> fresh(blocks->size(), nullptr);
-    const auto writable = [&](std::size_t position) {
+    const auto writable = [&](std::size_t position, const PixelRect& area, bool isWrittenWhole) {
         if (!fresh[position]) {
-            auto copy = std::make_shared<Block>(*(*blocks)[position]);
-            fresh[position] = copy.get();
-            (*table)[position] = std::move(copy);
+            auto block = makeBlock(area);
+            if (!isWrittenWhole) *block = *(*blocks)[position];
+            fresh[position] = block.get();
+            (*table)[position] = std::move(block);
         }
         return fresh[position];
     };
@@ -48,20 +50,21 @@ Image Image::replacing(std::span<const Patch> patches) const {
                 const PixelRect blockArea = blockRect(column, row);
                 const PixelRect part = clipped.intersection(blockArea);
                 const std::size_t position = index(column, row);
-                Block* target = nullptr;
-                for (int y = part.y; y < part.maxY(); ++y) {
-                    const Pixel* source =
-                        patch.pixels + (y - patch.rect.y) * patch.stride + (part.x - patch.rect.x);
-                    const int offset = (y - blockArea.y) * blockWidth + (part.x - blockArea.x);
-                    // Until the first row that differs nothing is copied: most reported damage changes
-                    // nothing.
-                    if (!target) {
-                        if (std::equal(source, source + part.width, (*table)[position]->data() + offset))
-                            continue;
-                        target = writable(position);
-                    }
-                    std::copy_n(source, part.width, target->data() + offset);
-                }
+                const auto source = [&](int y) {
+                    return patch.pixels + (y - patch.rect.y) * patch.stride + (part.x - patch.rect.x);
+                };
+                const auto offset = [&](int y) {
+                    return (y - blockArea.y) * blockWidth + (part.x - blockArea.x);
+                };
+                // Up to the first row that differs nothing is copied: most reported damage changes nothing.
+                const Pixel* before = (*table)[position]->data();
+                int y = part.y;
+                while (y < part.maxY() && std::equal(source(y), source(y) + part.width, before + offset(y)))
+                    ++y;
+                if (y == part.maxY()) continue;
+                Block* target = writable(position, blockArea, part == blockArea);
+                for (y = part.y; y < part.maxY(); ++y)
+                    std::copy_n(source(y), part.width, target->data() + offset(y));
             }
         }
     }
@@ -71,6 +74,12 @@ Image Image::replacing(std::span<const Patch> patches) const {
             if (fresh[position] && *fresh[position] == *(*blocks)[position])
                 (*table)[position] = (*blocks)[position];
     return {size, std::move(table)};
+}
+
+std::shared_ptr<Image::Block> Image::makeBlock(const PixelRect& area) {
+    auto block = std::allocate_shared_for_overwrite<Block>(BlockAllocator<Block>());
+    if (area.width < blockWidth || area.height < blockHeight) block->fill(0);
+    return block;
 }
 
 PixelRect Image::blockRect(int column, int row) const {

@@ -2,6 +2,7 @@
 
 #include "base/Geometry.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -81,11 +82,14 @@ public:
     Pixel pixel(int x, int y) const;
 
 private:
-    // Rows of blockWidth pixels, as many rows as the picture has there.
-    using Block = std::vector<Pixel>;
+    // Rows of blockWidth pixels. What lies beyond the picture's edges is zero.
+    using Block = std::array<Pixel, std::size_t{blockWidth} * blockHeight>;
     using BlockTable = std::vector<std::shared_ptr<const Block>>;
 
     Image(PixelSize size, std::shared_ptr<const BlockTable> blocks);
+
+    // A block to be written: its pixels inside the picture are undefined.
+    static std::shared_ptr<Block> makeBlock(const PixelRect& area);
 
     std::size_t index(int column, int row) const {
         return static_cast<std::size_t>(row) * static_cast<std::size_t>(blockColumns()) +

@@ -1,0 +1,93 @@
+#include "base/BlockPool.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <new>
+
+namespace clipwren {
+
+namespace {
+
+// Aligned to its own size, so that a piece tells its chunk. It is also the size of a large memory page.
+constexpr std::size_t chunkSize = std::size_t{1} << 21;
+constexpr std::size_t alignment = 64;
+
+std::atomic<BlockPool::ChunkAdvice> chunkAdvice = nullptr;
+
+} // namespace
+
+struct BlockPool::Chunk {
+    void* freePieces = nullptr; // given back; each begins with the address of the next
+    std::size_t untouched = 0;  // where the pieces begin that were never taken: their pages cost nothing yet
+    std::size_t taken = 0;
+    std::size_t openIndex = 0; // its place among the open ones
+
+    static Chunk* of(void* piece) {
+        return reinterpret_cast<Chunk*>(reinterpret_cast<std::uintptr_t>(piece) & ~(chunkSize - 1));
+    }
+    bool isFull(std::size_t pieceSize) const { return !freePieces && untouched + pieceSize > chunkSize; }
+};
+
+BlockPool::BlockPool(std::size_t pieceSize) : pieceSize(std::max(pieceSize, sizeof(void*))) {}
+
+BlockPool::~BlockPool() {
+    for (Chunk* chunk : open)
+        ::operator delete(chunk, std::align_val_t{chunkSize});
+}
+
+BlockPool::Chunk* BlockPool::makeChunk() {
+    void* memory = ::operator new(chunkSize, std::align_val_t{chunkSize});
+    if (const ChunkAdvice advice = chunkAdvice) advice(memory, chunkSize);
+    auto* chunk = new (memory) Chunk;
+    chunk->untouched = (sizeof(Chunk) + alignment - 1) / alignment * alignment;
+    chunk->openIndex = open.size();
+    open.push_back(chunk);
+    ++chunkCount;
+    return chunk;
+}
+
+void* BlockPool::take() {
+    const std::lock_guard lock(mutex);
+    Chunk* chunk = open.empty() ? makeChunk() : open.back();
+    void* piece = chunk->freePieces;
+    if (piece) {
+        chunk->freePieces = *static_cast<void**>(piece);
+    } else {
+        piece = reinterpret_cast<std::byte*>(chunk) + chunk->untouched;
+        chunk->untouched += pieceSize;
+    }
+    ++chunk->taken;
+    if (chunk->isFull(pieceSize)) open.pop_back();
+    return piece;
+}
+
+void BlockPool::giveBack(void* piece) {
+    const std::lock_guard lock(mutex);
+    Chunk* chunk = Chunk::of(piece);
+    if (chunk->isFull(pieceSize)) {
+        chunk->openIndex = open.size();
+        open.push_back(chunk);
+    }
+    *static_cast<void**>(piece) = chunk->freePieces;
+    chunk->freePieces = piece;
+    --chunk->taken;
+    if (chunk->taken == 0 && open.size() > 1) release(chunk);
+}
+
+void BlockPool::release(Chunk* chunk) {
+    open[chunk->openIndex] = open.back();
+    open[chunk->openIndex]->openIndex = chunk->openIndex;
+    open.pop_back();
+    --chunkCount;
+    ::operator delete(chunk, std::align_val_t{chunkSize});
+}
+
+void BlockPool::setChunkAdvice(ChunkAdvice advice) { chunkAdvice = advice; }
+
+std::size_t BlockPool::byteCount() const {
+    const std::lock_guard lock(mutex);
+    return chunkCount * chunkSize;
+}
+
+} // namespace clipwren

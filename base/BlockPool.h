@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <mutex>
+#include <vector>
+
+namespace clipwren {
+
+// Memory for very many pieces of one size, taken from the system in large chunks: a recording keeps hundreds
+// of thousands of picture blocks, and asking the system's allocator for each costs more than filling it.
+//
+// A chunk goes back to the system when its last piece is given back, but for one that is kept at hand. All
+// operations may be called from any thread.
+class BlockPool {
+public:
+    // `pieceSize` is a multiple of what the piece must be aligned to, at most 64.
+    explicit BlockPool(std::size_t pieceSize);
+    ~BlockPool();
+    BlockPool(const BlockPool&) = delete;
+    BlockPool& operator=(const BlockPool&) = delete;
+
+    // Uninitialised memory of the piece's size. Throws bad_alloc where the system has none left.
+    void* take();
+    void giveBack(void* piece);
+
+    // How much is held from the system.
+    std::size_t byteCount() const;
+
+    // What to do with each new chunk of any pool before its first use: a platform may ask its system for
+    // large pages there. Nothing at first. Any thread; counts for the chunks made afterwards.
+    using ChunkAdvice = void (*)(void* memory, std::size_t size);
+    static void setChunkAdvice(ChunkAdvice advice);
+
+private:
+    struct Chunk;
+    Chunk* makeChunk();
+    void release(Chunk* chunk);
+
+    const std::size_t pieceSize;
+    mutable std::mutex mutex;
+    std::vector<Chunk*> open; // those with a free piece, in no order
+    std::size_t chunkCount = 0;
+};
+
+// Lets standard containers and shared pointers of single objects use one pool for each of their types.
+template <typename T>
+struct BlockAllocator {
+    using value_type = T;
+
+    BlockAllocator() = default;
+    template <typename Other>
+    BlockAllocator(const BlockAllocator<Other>&) {}
+
+    T* allocate(std::size_t) { return static_cast<T*>(pool().take()); }
+    void deallocate(T* piece, std::size_t) { pool().giveBack(piece); }
+
+    // Never destroyed: pieces may live as long as anything does.
+    static BlockPool& pool() {
+        static BlockPool& shared = *new BlockPool(sizeof(T));
+        return shared;
+    }
+
+    friend bool operator==(const BlockAllocator&, const BlockAllocator&) { return true; }
+};
+
+} // namespace clipwren
