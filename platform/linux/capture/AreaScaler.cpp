@@ -24,24 +24,28 @@ const std::uint8_t* bytes(const PixelView& view, int y, int left) {
 } // namespace
 
 AreaScaler::Axis::Axis(int source, int destination, int unit) {
-    spans.reserve(static_cast<std::size_t>(destination));
     // Counted in parts of a source pixel, `destination` parts each, destination pixel i covers the parts from
     // i * source to (i + 1) * source: whole numbers all.
     for (std::int64_t i = 0; i < destination; ++i) {
+        const std::int64_t first = i * source / destination;
+        const std::int64_t end = ((i + 1) * source + destination - 1) / destination;
+        spans.push_back({.first = static_cast<int>(first), .count = static_cast<int>(end - first)});
+        taps = std::max(taps, spans.back().count);
+    }
+    taps += taps % 2;
+    weights.resize(spans.size() * static_cast<std::size_t>(taps));
+    for (std::int64_t i = 0; i < destination; ++i) {
         const std::int64_t begin = i * source;
-        const std::int64_t end = begin + source;
-        Span span{.first = static_cast<int>(begin / destination), .weights = weights.size()};
         // Rounding the running sum rather than each weight makes them add up to the unit.
         std::int64_t given = 0;
-        for (std::int64_t j = span.first; j * destination < end; ++j) {
-            const std::int64_t covered = std::min((j + 1) * destination, end) - begin;
+        const Span& span = spans[static_cast<std::size_t>(i)];
+        for (int tap = 0; tap < span.count; ++tap) {
+            const std::int64_t pixelEnd = std::int64_t{span.first + tap + 1} * destination;
+            const std::int64_t covered = std::min(pixelEnd, begin + source) - begin;
             const std::int64_t sum = (2 * covered * unit + source) / (2 * std::int64_t{source});
-            weights.push_back(static_cast<std::int16_t>(sum - given));
+            weights[static_cast<std::size_t>(i * taps + tap)] = static_cast<std::int16_t>(sum - given);
             given = sum;
-            ++span.count;
         }
-        if (span.count % 2 != 0) weights.push_back(0);
-        spans.push_back(span);
     }
 }
 
@@ -49,7 +53,7 @@ AreaScaler::AreaScaler(PixelSize source, PixelSize destination)
     : destination(destination),
       columns(source.width, destination.width, 1 << columnShift),
       rows(source.height, destination.height, 1 << rowShift),
-      averages((static_cast<std::size_t>(source.width) + 1) * 4) {}
+      averages(static_cast<std::size_t>(source.width + columns.taps) * 4) {}
 
 PixelRect AreaScaler::affected(const PixelRect& rect) const {
     const auto range = [](const Axis& axis, int begin, int end) {
@@ -69,18 +73,18 @@ PixelRect AreaScaler::affected(const PixelRect& rect) const {
 void AreaScaler::scale(const PixelView& view, const PixelRect& rect, Pixel* output, std::ptrdiff_t stride) {
     const PixelRect part = rect.intersection({0, 0, destination.width, destination.height});
     if (part.isEmpty()) return;
-    const Axis::Span& first = columns.spans[static_cast<std::size_t>(part.x)];
-    const Axis::Span& last = columns.spans[static_cast<std::size_t>(part.maxX() - 1)];
+    const int left = columns.span(part.x).first;
+    const int right = columns.span(part.maxX() - 1).first + columns.span(part.maxX() - 1).count;
     for (int y = part.y; y < part.maxY(); ++y) {
-        averageRows(view, y, first.first, last.first + last.count);
-        averageColumns(part.x, part.maxX(), first.first, output + y * stride);
+        averageRows(view, y, left, right);
+        averageColumns(part.x, part.maxX(), left, output + y * stride);
     }
 }
 
 // The rows first: that is one long loop over bytes, which compilers turn into vector code by themselves.
 void AreaScaler::averageRows(const PixelView& view, int row, int left, int right) {
-    const Axis::Span& span = rows.spans[static_cast<std::size_t>(row)];
-    const std::int16_t* weight = rows.weights.data() + span.weights;
+    const Axis::Span& span = rows.span(row);
+    const std::int16_t* weight = rows.weightsOf(row);
     const int count = (right - left) * 4;
     std::int16_t* sums = averages.data();
     for (int i = 0; i < span.count; i += 2) {
@@ -100,34 +104,54 @@ void AreaScaler::averageRows(const PixelView& view, int row, int left, int right
 }
 
 void AreaScaler::averageColumns(int begin, int end, int left, Pixel* output) const {
-    for (int x = begin; x < end; ++x) {
-        const Axis::Span& span = columns.spans[static_cast<std::size_t>(x)];
-        const std::int16_t* weight = columns.weights.data() + span.weights;
-        const std::int16_t* pixel = averages.data() + (span.first - left) * 4;
+    const auto pixelsOf = [&](int x) { return averages.data() + (columns.span(x).first - left) * 4; };
 #if defined(__SSE2__)
-        // One instruction multiplies the four channels of two pixels with their weights and adds the pairs.
+    // One instruction multiplies the four channels of two pixels with their weights and adds the pairs.
+    const auto sumOf = [&](int x, int taps) {
+        const std::int16_t* pixel = pixelsOf(x);
+        const std::int16_t* weight = columns.weightsOf(x);
         __m128i sum = _mm_set1_epi32(half);
-        for (int i = 0; i < span.count; i += 2, pixel += 8) {
+        for (int i = 0; i < taps; i += 2) {
             int pair;
             std::memcpy(&pair, weight + i, sizeof pair);
-            const __m128i two = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixel));
+            const __m128i two = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixel + i * 4));
             const __m128i interleaved = _mm_unpacklo_epi16(two, _mm_unpackhi_epi64(two, two));
             sum = _mm_add_epi32(sum, _mm_madd_epi16(interleaved, _mm_set1_epi32(pair)));
         }
-        sum = _mm_srli_epi32(sum, rowShift + columnShift);
-        sum = _mm_packs_epi32(sum, sum);
-        output[x] = static_cast<Pixel>(_mm_cvtsi128_si32(_mm_packus_epi16(sum, sum)));
+        return _mm_srli_epi32(sum, rowShift + columnShift);
+    };
+    const auto sumAll = [&](int taps) {
+        int x = begin;
+        for (; x + 1 < end; x += 2) {
+            const __m128i two = _mm_packs_epi32(sumOf(x, taps), sumOf(x + 1, taps));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(output + x), _mm_packus_epi16(two, two));
+        }
+        if (x < end) {
+            const __m128i one = _mm_packs_epi32(sumOf(x, taps), _mm_setzero_si128());
+            output[x] = static_cast<Pixel>(_mm_cvtsi128_si32(_mm_packus_epi16(one, one)));
+        }
+    };
+    // The usual ones without an inner loop.
+    if (columns.taps == 2)
+        sumAll(2);
+    else if (columns.taps == 4)
+        sumAll(4);
+    else
+        sumAll(columns.taps);
 #else
+    for (int x = begin; x < end; ++x) {
+        const std::int16_t* pixel = pixelsOf(x);
+        const std::int16_t* weight = columns.weightsOf(x);
         std::int32_t sum[4] = {half, half, half, half};
-        for (int i = 0; i < span.count; ++i, pixel += 4)
+        for (int i = 0; i < columns.taps; ++i)
             for (int channel = 0; channel < 4; ++channel)
-                sum[channel] += pixel[channel] * weight[i];
+                sum[channel] += pixel[i * 4 + channel] * weight[i];
         Pixel result = 0;
         for (int channel = 3; channel >= 0; --channel)
             result = result << 8 | static_cast<Pixel>(sum[channel] >> (rowShift + columnShift));
         output[x] = result;
-#endif
     }
+#endif
 }
 
 } // namespace clipwren

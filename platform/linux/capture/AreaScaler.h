@@ -27,18 +27,23 @@ public:
     void scale(const PixelView& source, const PixelRect& rect, Pixel* output, std::ptrdiff_t stride);
 
 private:
-    // What each destination index along one axis is made of: source indices from `first` on, with as many
-    // weights, which add up to `unit`. A weight of nothing is added where that makes their number even.
+    // What each destination index along one axis is made of: source indices from `first` on, each with its
+    // weight; the weights add up to `unit`. All have the same number of them, an even one: where fewer source
+    // pixels are covered, weights of nothing follow.
     struct Axis {
         struct Span {
             int first = 0;
-            int count = 0;       // with weights; without the added one
-            std::size_t weights; // the index of the first weight
+            int count = 0; // without the weights of nothing
         };
         std::vector<Span> spans;
-        std::vector<std::int16_t> weights;
+        int taps = 0;
+        std::vector<std::int16_t> weights; // `taps` a span
 
         Axis(int source, int destination, int unit);
+        const Span& span(int index) const { return spans[static_cast<std::size_t>(index)]; }
+        const std::int16_t* weightsOf(int index) const {
+            return weights.data() + std::ptrdiff_t{index} * taps;
+        }
     };
 
     void averageRows(const PixelView& view, int row, int left, int right);
@@ -48,7 +53,7 @@ private:
     Axis columns;
     Axis rows;
     // A row of the source's width and the destination's height: four channels a pixel, 7 bits of fraction.
-    // One pixel more than the row has, for the weight of nothing.
+    // Some pixels more than the row has, for the weights of nothing.
     std::vector<std::int16_t> averages;
 };
 

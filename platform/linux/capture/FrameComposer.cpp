@@ -9,15 +9,16 @@ namespace {
 
 constexpr Pixel opaque = 0xFF000000;
 
-// Returns whether any pixel came out different. One pass without a branch, for the sake of vector code.
-bool copyOpaque(const Pixel* from, Pixel* to, int count) {
+// Returns the bits in which any pixel came out different. One pass without a branch, for the sake of vector
+// code.
+Pixel copyOpaque(const Pixel* from, Pixel* to, int count) {
     Pixel difference = 0;
     for (int i = 0; i < count; ++i) {
         const Pixel pixel = from[i] | opaque;
         difference |= pixel ^ to[i];
         to[i] = pixel;
     }
-    return difference != 0;
+    return difference;
 }
 
 } // namespace
@@ -33,18 +34,26 @@ FrameComposer::FrameComposer(PixelSize region, PixelSize frame)
 }
 
 void FrameComposer::update(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
-    // Piece by piece along the tiles: much of what is redrawn comes out as it was.
+    // Tile by tile it is noted what differs, since much of what is redrawn comes out as it was; but the
+    // memory is gone through row by row, in which the processor can see a pattern.
+    const int firstColumn = rect.x / Image::blockWidth;
+    const int endColumn = (rect.maxX() + Image::blockWidth - 1) / Image::blockWidth;
+    differences.resize(static_cast<std::size_t>(endColumn));
     for (int top = rect.y; top < rect.maxY();) {
         const int bottom = std::min(rect.maxY(), (top / Image::blockHeight + 1) * Image::blockHeight);
-        for (int left = rect.x; left < rect.maxX();) {
-            const int right = std::min(rect.maxX(), (left / Image::blockWidth + 1) * Image::blockWidth);
-            bool differs = false;
-            for (int y = top; y < bottom; ++y)
-                differs |=
-                    copyOpaque(pixels + (y - rect.y) * stride + (left - rect.x), at(left, y), right - left);
-            if (differs) changed.mark({left, top, right - left, bottom - top});
-            left = right;
+        std::fill(differences.begin(), differences.end(), Pixel{0});
+        for (int y = top; y < bottom; ++y) {
+            const Pixel* row = pixels + (y - rect.y) * stride - rect.x;
+            for (int column = firstColumn; column < endColumn; ++column) {
+                const int left = std::max(column * Image::blockWidth, rect.x);
+                const int right = std::min((column + 1) * Image::blockWidth, rect.maxX());
+                differences[static_cast<std::size_t>(column)] |=
+                    copyOpaque(row + left, at(left, y), right - left);
+            }
         }
+        for (int column = firstColumn; column < endColumn; ++column)
+            if (differences[static_cast<std::size_t>(column)] != 0)
+                changed.mark({column * Image::blockWidth, top, Image::blockWidth, 1});
         top = bottom;
     }
 }

@@ -49,6 +49,7 @@ private:
     PixelSize frameSize;
     std::vector<Pixel> region;
     TileMap changed;
+    std::vector<Pixel> differences; // of one row of tiles, while it is gone through
     std::shared_ptr<const CursorImage> cursor;
     int cursorX = 0;
     int cursorY = 0;
