@@ -91,13 +91,13 @@ public:
         for (int bit = 0; bit < FrameCounter::bits; ++bit)
             squares[number >> bit & 1].push_back({static_cast<std::int16_t>(bit * FrameCounter::side), 0,
                                                   FrameCounter::side, FrameCounter::side});
-        fill(screen->black_pixel, squares[0]);
-        fill(screen->white_pixel, squares[1]);
+        fill(window, screen->black_pixel, squares[0]);
+        fill(window, screen->white_pixel, squares[1]);
         xcb_flush(connection);
     }
 
     void drawCaret(bool shown) {
-        fill(shown ? screen->black_pixel : screen->white_pixel, {{200, 200, 2, 16}});
+        fill(window, shown ? screen->black_pixel : screen->white_pixel, {{200, 200, 2, 16}});
         xcb_flush(connection);
     }
 
@@ -108,10 +108,10 @@ public:
     }
 
 private:
-    void fill(std::uint32_t color, const std::vector<xcb_rectangle_t>& rects) {
+    void fill(xcb_drawable_t where, std::uint32_t color, const std::vector<xcb_rectangle_t>& rects) {
         if (rects.empty()) return;
         xcb_change_gc(connection, graphics, XCB_GC_FOREGROUND, &color);
-        xcb_poly_fill_rectangle(connection, window, graphics, static_cast<std::uint32_t>(rects.size()),
+        xcb_poly_fill_rectangle(connection, where, graphics, static_cast<std::uint32_t>(rects.size()),
                                 rects.data());
     }
 
@@ -128,7 +128,7 @@ private:
             const auto x = static_cast<std::int16_t>(random() % static_cast<unsigned>(options.width));
             const int y = static_cast<int>(random() % static_cast<unsigned>(options.height));
             // The lower half repeats the upper one, so that the movement has no seam.
-            fill(static_cast<std::uint32_t>(random() & 0xFFFFFF),
+            fill(pattern, static_cast<std::uint32_t>(random() & 0xFFFFFF),
                  {{x, static_cast<std::int16_t>(y), width, height},
                   {x, static_cast<std::int16_t>(y + options.height), width, height}});
         }
