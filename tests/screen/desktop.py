@@ -324,6 +324,8 @@ def end(process, seconds=10):
 class ScreenTest(unittest.TestCase):
     """A test that cleans up what it started, in the reverse order."""
 
+    expected_status = 0  # of Clipwren at its end
+
     def setUp(self):
         self.desktop = Desktop()
         self.addCleanup(self.desktop.close)
@@ -332,7 +334,8 @@ class ScreenTest(unittest.TestCase):
     def start(self, settings=None, **options):
         clipwren = Clipwren(self.desktop, {"fps": 15, "resolution": 800, "maxDuration": 0} if settings is None else settings,
                             **options)
-        self.addCleanup(clipwren.close)
+        # Also tells of a sanitizer's findings, which end the program with another status.
+        self.addCleanup(lambda: self.assertEqual(clipwren.close(), self.expected_status))
         return clipwren
 
     def pattern(self, *arguments, **options):
