@@ -11,6 +11,8 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace clipwren {
@@ -20,6 +22,8 @@ namespace {
 // As many frames are worked on at a time: enough for the threads to find work, few enough to need little
 // memory.
 constexpr std::size_t framesAhead = 4;
+// More would find nothing to do.
+constexpr unsigned mostThreads = 4;
 
 Image fitted(const Image& image, PixelSize size) {
     if (image.width() == size.width && image.height() == size.height) return image;
@@ -156,5 +160,7 @@ private:
 bool writeAnimation(const Animation& animation, ByteSink& sink, unsigned threads) {
     return AnimationEncoder(animation, sink, threads).run();
 }
+
+unsigned encodingThreads() { return std::clamp(std::thread::hardware_concurrency(), 1u, mostThreads); }
 
 } // namespace clipwren

@@ -30,4 +30,7 @@ struct Animation {
 // can tell; there is at least one frame. Frames are asked for on the caller's thread.
 bool writeAnimation(const Animation& animation, ByteSink& sink, unsigned threads);
 
+// How many threads are worth while on this computer.
+unsigned encodingThreads();
+
 } // namespace clipwren
