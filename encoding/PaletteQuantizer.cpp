@@ -158,6 +158,10 @@ std::vector<Sample> takePrevalent(std::vector<Sample>& samples, std::size_t limi
     return prevalent;
 }
 
+void addOnce(Palette& palette, Pixel color) {
+    if (std::find(palette.begin(), palette.end(), color) == palette.end()) palette.push_back(color);
+}
+
 } // namespace
 
 Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
@@ -169,16 +173,14 @@ Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
     Palette palette;
     const std::vector<Sample> prevalent = takePrevalent(samples, limit);
     for (const Sample& sample : prevalent)
-        palette.push_back(sample.color);
+        addOnce(palette, sample.color);
     if (samples.empty()) return palette;
 
     std::vector<Gathering> gatherings = gathered(samples, limit - prevalent.size());
     for (int i = 0; i < refinements; ++i)
         refine(gatherings, prevalent, samples);
-    for (const Gathering& gathering : gatherings) {
-        const Pixel color = gathering.representative();
-        if (std::find(palette.begin(), palette.end(), color) == palette.end()) palette.push_back(color);
-    }
+    for (const Gathering& gathering : gatherings)
+        addOnce(palette, gathering.representative());
     return palette;
 }
 
