@@ -1,6 +1,7 @@
 #include "encoding/AnimationWriter.h"
 
 #include "encoding/ColorIndexer.h"
+#include "encoding/CommonPalette.h"
 #include "encoding/FrameChange.h"
 #include "encoding/GifWriter.h"
 #include "encoding/LzwEncoder.h"
@@ -22,6 +23,8 @@ namespace {
 // As many frames are worked on at a time: enough for the threads to find work, few enough to need little
 // memory.
 constexpr std::size_t framesAhead = 4;
+// The index that leaves a pixel as it is, in images with the shared palette.
+constexpr std::uint8_t sharedTransparency = 0;
 // More would find nothing to do.
 constexpr unsigned mostThreads = 4;
 
@@ -43,48 +46,54 @@ struct FrameJob {
 
     std::optional<Image> previous;
     Image image;
+    std::vector<PixelRect> healing;
     FrameChange change;
     IndexedColors indexed;
-    std::vector<std::uint8_t> indices;
+    std::vector<IndexChoice> indices;
     GifFrame result;
     std::shared_ptr<WorkCrew::Task> task; // of the stage that was begun last
 };
 
 // What depends on the two pictures alone: which pixels change and which colours they get.
-void chooseColors(FrameJob& job) {
+void chooseColors(FrameJob& job, const ColorIndexer& indexer) {
     job.change = job.previous ? changeSince(*job.previous, job.image) : wholeFrame(job.image);
-    if (job.change.isEmpty()) return;
-    // Later frames keep an index for what stays.
-    const std::size_t limit = job.previous ? largestPalette - 1 : largestPalette;
-    job.indexed = indexColors(job.change.colors, limit);
+    for (const PixelRect& block : job.healing)
+        job.change.addHealing(job.image, block);
+    // One index is for what stays.
+    if (!job.change.isEmpty()) job.indexed = indexer.index(job.change.colors, largestPalette - 1);
+}
+
+// A frame needs an image, if only to have its delay.
+void leaveAll(FrameJob& job) {
+    job.result.rect = {0, 0, 1, 1};
+    job.result.transparency = sharedTransparency;
+    job.result.minimumCodeSize = minimumCodeSize(sharedTransparency + std::size_t{1});
+    job.indices = {{sharedTransparency, sharedTransparency}};
 }
 
 // What depends on all frames before: which pixels already look as they should.
-void drawChange(FrameJob& job, ShownPicture& shown) {
+void drawChange(FrameJob& job, ShownPicture& shown, const Palette& shared, Healer& healer) {
+    if (job.change.isEmpty()) return leaveAll(job);
     GifFrame& result = job.result;
-    const bool isFirst = !job.previous;
-    if (job.change.isEmpty()) {
-        // A frame needs an image, if only to have its delay.
-        result.rect = {0, 0, 1, 1};
-        result.palette = {0};
-        result.transparency = 0;
-        job.indices = {0};
-        return;
-    }
-    const auto transparent = static_cast<std::uint8_t>(job.indexed.palette.size());
-    job.indices = shown.draw(job.change, job.indexed, transparent);
     result.rect = job.change.rect;
-    result.palette = std::move(job.indexed.palette);
-    if (!isFirst) {
+    const bool usesShared = job.indexed.palette.empty();
+    if (usesShared) {
+        job.indices = shown.draw(job.change, job.indexed.indices, shared, sharedTransparency, healer);
+        result.transparency = sharedTransparency;
+    } else {
+        const auto transparent = static_cast<std::uint8_t>(job.indexed.palette.size());
+        job.indices = shown.draw(job.change, job.indexed.indices, job.indexed.palette, transparent, healer);
+        result.palette = std::move(job.indexed.palette);
         result.palette.push_back(0);
         result.transparency = transparent;
     }
+    result.minimumCodeSize = minimumCodeSize(usesShared ? shared.size() : result.palette.size());
     job.change = {};
     job.indexed = {};
 }
 
 void compress(FrameJob& job) {
-    job.result.data = LzwEncoder().encode(job.indices, minimumCodeSize(job.result.palette.size()));
+    job.result.data = LzwEncoder().encode(job.indices, job.result.minimumCodeSize);
     job.indices = {};
 }
 
@@ -101,7 +110,10 @@ public:
         size = {first.image.width(), first.image.height()};
         if (std::max(size.width, size.height) > GifWriter::longestSide) return false;
         ShownPicture shown(size);
-        writer.begin(size);
+        shared = commonPalette();
+        indexer.emplace(shared);
+        healer.emplace(size);
+        writer.begin(size, shared);
         begin(std::move(first));
         for (std::size_t i = 0; i < animation.frameCount && sink.good(); ++i) {
             while (begun < animation.frameCount && choosing.size() < framesAhead)
@@ -117,18 +129,33 @@ public:
     }
 
 private:
+    // The first entry leaves pixels as they are.
+    Palette commonPalette() const {
+        CommonPalette common;
+        std::optional<Image> previous;
+        for (std::size_t i = 0; i < animation.frameCount; ++i) {
+            Image image = animation.preview(i);
+            if (previous && previous->bounds() == image.bounds()) common.consider(*previous, image);
+            previous = std::move(image);
+        }
+        Palette palette = common.choose(largestPalette - 1);
+        palette.insert(palette.begin(), palette.front());
+        return palette;
+    }
+
     void begin(AnimationFrame frame) {
         Image image = fitted(frame.image, size);
         auto job = std::make_unique<FrameJob>(last, image, frame.hundredths);
+        if (last) job->healing = healer->choose(*last, image);
         last = std::move(image);
         ++begun;
-        job->task = crew.start([job = job.get()] { chooseColors(*job); });
+        job->task = crew.start([this, job = job.get()] { chooseColors(*job, *indexer); });
         choosing.push_back(std::move(job));
     }
 
     void drawNext(ShownPicture& shown) {
         std::unique_ptr<FrameJob> job = take(choosing);
-        drawChange(*job, shown);
+        drawChange(*job, shown, shared, *healer);
         job->task = crew.start([job = job.get()] { compress(*job); });
         compressing.push_back(std::move(job));
     }
@@ -147,6 +174,9 @@ private:
     ByteSink& sink;
     GifWriter writer;
     PixelSize size;
+    Palette shared;
+    std::optional<ColorIndexer> indexer;
+    std::optional<Healer> healer;
     std::optional<Image> last;
     std::size_t begun = 0;
     std::deque<std::unique_ptr<FrameJob>> choosing;

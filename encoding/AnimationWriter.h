@@ -19,6 +19,9 @@ struct AnimationFrame {
 // size is not the first one's is cut off or filled up with black at its right and bottom.
 struct Animation {
     std::size_t frameCount = 0;
+    // Much like the frame's picture, and cheap: to learn the colours that frames have in common. Asked for in
+    // order too, before all frames.
+    std::function<Image(std::size_t)> preview;
     std::function<AnimationFrame(std::size_t)> frame;
 };
 

@@ -33,12 +33,6 @@ bool ColorCensus::add(Pixel color, std::size_t count) {
     return true;
 }
 
-std::optional<std::size_t> ColorCensus::find(Pixel color) const {
-    const std::uint16_t slot = slots[slotOf(color)];
-    if (slot == 0) return std::nullopt;
-    return slot - std::size_t{1};
-}
-
 std::size_t ColorCensus::slotOf(Pixel color) const {
     std::size_t slot = (color * 2654435761u) >> shift;
     while (slots[slot] != 0 && found[slots[slot] - 1u].color != color)

@@ -30,9 +30,7 @@ public:
     // In the order of their first occurrence.
     const std::vector<Entry>& entries() const { return found; }
 
-    // The number of the entry of that colour, if it is among them.
-    std::optional<std::size_t> find(Pixel color) const;
-    // The same for a colour that is.
+    // The number of the entry of that colour, which is among them.
     std::size_t entryOf(Pixel color) const { return slots[slotOf(color)] - std::size_t{1}; }
 
 private:

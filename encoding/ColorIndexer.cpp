@@ -3,9 +3,12 @@
 #include "encoding/ColorCensus.h"
 #include "encoding/ColorHistogram.h"
 #include "encoding/NearestColor.h"
+#include "encoding/PaletteIndex.h"
 #include "encoding/PaletteQuantizer.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 
 namespace clipwren {
 
@@ -13,6 +16,12 @@ namespace {
 
 // As many colours are looked at one by one; beyond that near colours are taken together.
 constexpr std::size_t censusLimit = 8192;
+// What the shared palette may get wrong: in any pixel, and in all pixels together for each byte that it
+// saves. In just noticeable differences.
+constexpr double largestMisfit = 3;
+constexpr double worthOfByte = 1;
+// Tables of so few colours cost next to nothing: then nothing may be wrong.
+constexpr std::size_t fewColors = 16;
 
 std::vector<std::uint8_t> exactIndices(std::span<const Pixel> colors, const ColorCensus& census) {
     std::vector<std::uint8_t> indices(colors.size());
@@ -28,16 +37,21 @@ Palette exactPalette(const ColorCensus& census) {
     return palette;
 }
 
+std::vector<std::uint8_t> entryIndices(std::span<const Pixel> colors, const ColorCensus& census,
+                                       std::span<const std::uint8_t> byEntry) {
+    std::vector<std::uint8_t> indices(colors.size());
+    std::transform(colors.begin(), colors.end(), indices.begin(),
+                   [&](Pixel color) { return byEntry[census.entryOf(color)]; });
+    return indices;
+}
+
 std::vector<std::uint8_t> nearestIndices(std::span<const Pixel> colors, const ColorCensus& census,
                                          const Palette& palette) {
     const NearestColor nearest(palette);
     std::vector<std::uint8_t> byEntry;
     for (const ColorCensus::Entry& entry : census.entries())
         byEntry.push_back(nearest.find(perceptualColor(entry.color)));
-    std::vector<std::uint8_t> indices(colors.size());
-    std::transform(colors.begin(), colors.end(), indices.begin(),
-                   [&](Pixel color) { return byEntry[census.entryOf(color)]; });
-    return indices;
+    return entryIndices(colors, census, byEntry);
 }
 
 std::vector<WeightedColor> weightedColors(const ColorCensus& census) {
@@ -51,13 +65,10 @@ std::vector<WeightedColor> weightedColors(const ColorCensus& census) {
 // are always found exactly.
 class BinnedNearest {
 public:
-    explicit BinnedNearest(const Palette& palette)
-        : own(*ColorCensus::take(palette, palette.size())),
-          nearest(palette),
-          byBin(binCount) {}
+    explicit BinnedNearest(const Palette& palette) : own(palette), nearest(palette), byBin(binCount) {}
 
     std::uint8_t find(Pixel color) {
-        if (const auto entry = own.find(color)) return static_cast<std::uint8_t>(*entry);
+        if (const auto entry = own.find(color)) return *entry;
         std::uint16_t& known = byBin[binOf(color)];
         if (known == unknown) known = static_cast<std::uint16_t>(1 + nearest.find(perceptualColor(color)));
         return static_cast<std::uint8_t>(known - 1);
@@ -70,7 +81,7 @@ private:
         return (color >> 6 & 0x3F000) | (color >> 4 & 0xFC0) | (color >> 2 & 0x3F);
     }
 
-    const ColorCensus own;
+    const PaletteIndex own;
     const NearestColor nearest;
     std::vector<std::uint16_t> byBin;
 };
@@ -83,12 +94,44 @@ std::vector<std::uint8_t> nearestIndices(std::span<const Pixel> colors, const Pa
     return indices;
 }
 
+double distanceBetween(Pixel a, Pixel b) {
+    return std::sqrt(squaredDistance(perceptualColor(a), perceptualColor(b))) / perceptualUnit;
+}
+
+double tableBytes(std::size_t colors) { return 3.0 * static_cast<double>(std::bit_ceil(colors + 1)); }
+
 } // namespace
 
-IndexedColors indexColors(std::span<const Pixel> colors, std::size_t limit) {
+ColorIndexer::ColorIndexer(const Palette& shared)
+    : shared(shared),
+      sharedIndex(shared, std::uint8_t{0}),
+      sharedNearest(Palette(shared.begin() + 1, shared.end())) {}
+
+std::uint8_t ColorIndexer::sharedEntry(Pixel color) const {
+    if (const auto exact = sharedIndex.find(color)) return *exact;
+    return static_cast<std::uint8_t>(1 + sharedNearest.find(perceptualColor(color)));
+}
+
+std::optional<std::vector<std::uint8_t>> ColorIndexer::sharedEntries(const ColorCensus& census,
+                                                                     std::size_t ownColors) const {
+    const double allowed = ownColors <= fewColors ? 0 : worthOfByte * tableBytes(ownColors);
+    double misfit = 0;
+    std::vector<std::uint8_t> result;
+    for (const ColorCensus::Entry& entry : census.entries()) {
+        result.push_back(sharedEntry(entry.color));
+        const double distance = distanceBetween(entry.color, shared[result.back()]);
+        misfit += distance * entry.count;
+        if (distance > largestMisfit || misfit > allowed) return std::nullopt;
+    }
+    return result;
+}
+
+IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t limit) const {
     IndexedColors result;
     if (const auto census = ColorCensus::take(colors, censusLimit)) {
-        if (census->entries().size() <= limit) {
+        if (const auto byEntry = sharedEntries(*census, std::min(census->entries().size(), limit))) {
+            result.indices = entryIndices(colors, *census, *byEntry);
+        } else if (census->entries().size() <= limit) {
             result.palette = exactPalette(*census);
             result.indices = exactIndices(colors, *census);
         } else {
@@ -96,7 +139,9 @@ IndexedColors indexColors(std::span<const Pixel> colors, std::size_t limit) {
             result.indices = nearestIndices(colors, *census, result.palette);
         }
     } else {
-        result.palette = quantize(summarizedColors(colors), limit);
+        ColorHistogram histogram;
+        histogram.addNeighbors(colors);
+        result.palette = quantize(histogram.summary(), limit);
         result.indices = nearestIndices(colors, result.palette);
     }
     return result;

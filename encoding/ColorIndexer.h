@@ -1,9 +1,13 @@
 #pragma once
 
+#include "encoding/ColorCensus.h"
+#include "encoding/NearestColor.h"
 #include "encoding/Palette.h"
+#include "encoding/PaletteIndex.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -11,13 +15,33 @@ namespace clipwren {
 
 // Pixels by their number in a palette.
 struct IndexedColors {
-    Palette palette;
+    Palette palette; // empty: the shared one
     std::vector<std::uint8_t> indices;
 };
 
-// Chooses a palette of at most `limit` colours, 1 to 256, for the pixels, of which there is at least one, and
-// picks an entry for each. With no more colours than that, every pixel keeps its own; otherwise equal colours
-// still become equal, wherever they are, so that flat areas stay flat.
-IndexedColors indexColors(std::span<const Pixel> colors, std::size_t limit);
+// Chooses palettes for the changes of frames. Any thread may ask at any time.
+class ColorIndexer {
+public:
+    // `shared` is a palette that costs nothing: 2 to 256 entries, of which the first is not a colour but
+    // leaves pixels as they are.
+    explicit ColorIndexer(const Palette& shared);
+
+    // Chooses a palette of at most `limit` colours, 1 to 256, for the pixels, of which there is at least one,
+    // and picks an entry for each: the shared palette where it serves well. With no more than `limit` colours
+    // every pixel keeps its own; otherwise equal colours still become equal, wherever they are, so that flat
+    // areas stay flat.
+    IndexedColors index(std::span<const Pixel> colors, std::size_t limit) const;
+
+private:
+    std::uint8_t sharedEntry(Pixel color) const;
+    // The shared entry for each colour of the census; nothing when that is not good enough to save a table of
+    // that many colours.
+    std::optional<std::vector<std::uint8_t>> sharedEntries(const ColorCensus& census,
+                                                           std::size_t ownColors) const;
+
+    const Palette shared;
+    const PaletteIndex sharedIndex;
+    const NearestColor sharedNearest;
+};
 
 } // namespace clipwren

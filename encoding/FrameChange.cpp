@@ -29,33 +29,53 @@ void addChangedRuns(FrameChange& change, const PixelRun& row, const Pixel* befor
     }
 }
 
+void addChangesOfBlock(FrameChange& change, const PixelRect& area, const Image& previous,
+                       const Image& current) {
+    const int column = area.x / Image::blockWidth;
+    const int row = area.y / Image::blockHeight;
+    const Pixel* before = previous.blockPixels(column, row);
+    const Pixel* after = current.blockPixels(column, row);
+    for (int y = 0; y < area.height; ++y) {
+        const int offset = y * Image::blockWidth;
+        addChangedRuns(change, {area.x, area.y + y, area.width}, before + offset, after + offset);
+    }
+}
+
+void addWholeBlock(FrameChange& change, const Image& image, const PixelRect& block) {
+    const Pixel* pixels = image.blockPixels(block.x / Image::blockWidth, block.y / Image::blockHeight);
+    for (int y = 0; y < block.height; ++y)
+        addRun(change, {block.x, block.y + y, block.width}, pixels + y * Image::blockWidth);
+}
+
 } // namespace
+
+void FrameChange::addHealing(const Image& image, const PixelRect& block) {
+    addWholeBlock(*this, image, block);
+    healingRuns += static_cast<std::size_t>(block.height);
+}
 
 FrameChange wholeFrame(const Image& image) {
     FrameChange change;
     change.colors.reserve(static_cast<std::size_t>(image.bounds().area()));
     for (int row = 0; row < image.blockRows(); ++row)
-        for (int column = 0; column < image.blockColumns(); ++column) {
-            const PixelRect area = image.blockRect(column, row);
-            const Pixel* pixels = image.blockPixels(column, row);
-            for (int y = 0; y < area.height; ++y)
-                addRun(change, {area.x, area.y + y, area.width}, pixels + y * Image::blockWidth);
-        }
+        for (int column = 0; column < image.blockColumns(); ++column)
+            addWholeBlock(change, image, image.blockRect(column, row));
     return change;
 }
 
 FrameChange changeSince(const Image& previous, const Image& current) {
     FrameChange change;
-    for (const PixelRect& area : current.blocksDiffering(previous)) {
-        const int column = area.x / Image::blockWidth;
-        const int row = area.y / Image::blockHeight;
-        const Pixel* before = previous.blockPixels(column, row);
-        const Pixel* after = current.blockPixels(column, row);
-        for (int y = 0; y < area.height; ++y) {
-            const int offset = y * Image::blockWidth;
-            addChangedRuns(change, {area.x, area.y + y, area.width}, before + offset, after + offset);
-        }
-    }
+    for (const PixelRect& area : current.blocksDiffering(previous))
+        addChangesOfBlock(change, area, previous, current);
+    return change;
+}
+
+FrameChange sampledChangeSince(const Image& previous, const Image& current, std::size_t mostBlocks) {
+    const std::vector<PixelRect> areas = current.blocksDiffering(previous);
+    const std::size_t step = std::max<std::size_t>(1, (areas.size() + mostBlocks - 1) / mostBlocks);
+    FrameChange change;
+    for (std::size_t i = 0; i < areas.size(); i += step)
+        addChangesOfBlock(change, areas[i], previous, current);
     return change;
 }
 

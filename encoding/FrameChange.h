@@ -2,6 +2,7 @@
 
 #include "base/Image.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace clipwren {
@@ -16,11 +17,15 @@ struct PixelRun {
 
 // What has another colour than in the picture before.
 struct FrameChange {
-    PixelRect rect;             // the smallest that holds all of it; empty when nothing changed
-    std::vector<PixelRun> runs; // every changed pixel once, block by block
-    std::vector<Pixel> colors;  // the new colours, opaque (0x00RRGGBB), in the order of the runs
+    PixelRect rect;              // the smallest that holds all of it; empty when nothing changed
+    std::vector<PixelRun> runs;  // every changed pixel once, block by block
+    std::vector<Pixel> colors;   // the new colours, opaque (0x00RRGGBB), in the order of the runs
+    std::size_t healingRuns = 0; // so many of the last runs did not change: they are to be drawn again
 
     bool isEmpty() const { return runs.empty(); }
+
+    // Takes in one of the picture's blocks, although it did not change.
+    void addHealing(const Image& image, const PixelRect& block);
 };
 
 // All pixels of a picture.
@@ -28,5 +33,8 @@ FrameChange wholeFrame(const Image& image);
 
 // Compares pictures of the same size; the cost follows the blocks that they do not share.
 FrameChange changeSince(const Image& previous, const Image& current);
+
+// The same in at most `mostBlocks` of those blocks, evenly spread.
+FrameChange sampledChangeSince(const Image& previous, const Image& current, std::size_t mostBlocks);
 
 } // namespace clipwren

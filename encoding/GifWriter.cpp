@@ -27,6 +27,17 @@ constexpr std::uint8_t high(int value) { return static_cast<std::uint8_t>((value
 // A colour table of n entries is told as the exponent of the next power of two, at least 2.
 int colorTableBits(std::size_t colors) { return std::max(1, static_cast<int>(std::bit_width(colors - 1))); }
 
+std::vector<std::uint8_t> colorTable(const Palette& palette, int tableBits) {
+    std::vector<std::uint8_t> table;
+    const std::size_t entries = std::size_t{1} << tableBits;
+    table.reserve(entries * 3);
+    for (const Pixel color : palette)
+        table.insert(table.end(), {static_cast<std::uint8_t>(color >> 16),
+                                   static_cast<std::uint8_t>(color >> 8), static_cast<std::uint8_t>(color)});
+    table.resize(entries * 3);
+    return table;
+}
+
 // What the next image of a frame says of its delay when so many hundredths are left.
 std::int64_t nextDelay(std::int64_t hundredths) {
     if (hundredths <= longestDelay) return hundredths;
@@ -36,11 +47,13 @@ std::int64_t nextDelay(std::int64_t hundredths) {
 
 } // namespace
 
-int minimumCodeSize(std::size_t colors) { return std::max(2, colorTableBits(colors)); }
+int minimumCodeSize(std::size_t indices) { return std::max(2, colorTableBits(indices)); }
 
-void GifWriter::begin(PixelSize screen) {
+void GifWriter::begin(PixelSize screen, const Palette& shared) {
+    const int tableBits = colorTableBits(shared.size());
     writeHeader();
-    writeLogicalScreen(screen);
+    writeLogicalScreen(screen, tableBits);
+    sink.write(colorTable(shared, tableBits));
     writeLoopForever();
 }
 
@@ -58,14 +71,16 @@ void GifWriter::writeHeader() {
         {reinterpret_cast<const std::uint8_t*>(signatureAndVersion.data()), signatureAndVersion.size()});
 }
 
-void GifWriter::writeLogicalScreen(PixelSize screen) {
-    constexpr std::uint8_t noGlobalTableEightBitColors = 0x70;
+void GifWriter::writeLogicalScreen(PixelSize screen, int tableBits) {
+    constexpr int globalTable = 0x80;
+    constexpr int eightBitsAComponent = 7 << 4;
     sink.write(std::array<std::uint8_t, 7>{
         low(screen.width), high(screen.width),   // width
         low(screen.height), high(screen.height), // height
-        noGlobalTableEightBitColors,             // packed fields
-        0,                                       // background colour index
-        0,                                       // pixel aspect ratio: unknown
+        static_cast<std::uint8_t>(globalTable | eightBitsAComponent |
+                                  (tableBits - 1)), // packed fields: a table of 2^tableBits
+        0,                                          // background colour index
+        0,                                          // pixel aspect ratio: unknown
     });
 }
 
@@ -94,11 +109,15 @@ void GifWriter::writeLoopForever() {
 }
 
 void GifWriter::writeImage(const GifFrame& frame, std::uint16_t delay) {
-    const int tableBits = colorTableBits(frame.palette.size());
     writeGraphicControl(delay, frame.transparency);
-    writeImageDescriptor(frame.rect, tableBits);
-    writeColorTable(frame.palette, tableBits);
-    writeImageData(minimumCodeSize(frame.palette.size()), frame.data);
+    if (frame.palette.empty()) {
+        writeImageDescriptor(frame.rect, std::nullopt);
+    } else {
+        const int tableBits = colorTableBits(frame.palette.size());
+        writeImageDescriptor(frame.rect, tableBits);
+        sink.write(colorTable(frame.palette, tableBits));
+    }
+    writeImageData(frame.minimumCodeSize, frame.data);
 }
 
 void GifWriter::writeGraphicControl(std::uint16_t delay, std::optional<std::uint8_t> transparency) {
@@ -116,27 +135,17 @@ void GifWriter::writeGraphicControl(std::uint16_t delay, std::optional<std::uint
     });
 }
 
-void GifWriter::writeImageDescriptor(const PixelRect& rect, int tableBits) {
-    constexpr int localColorTable = 0x80;
+void GifWriter::writeImageDescriptor(const PixelRect& rect, std::optional<int> tableBits) {
+    constexpr int localTable = 0x80;
+    const int packed = tableBits ? localTable | (*tableBits - 1) : 0;
     sink.write(std::array<std::uint8_t, 10>{
-        imageSeparator,                                               //
-        low(rect.x), high(rect.x),                                    // left
-        low(rect.y), high(rect.y),                                    // top
-        low(rect.width), high(rect.width),                            // width
-        low(rect.height), high(rect.height),                          // height
-        static_cast<std::uint8_t>(localColorTable | (tableBits - 1)), // packed fields: table of 2^tableBits
+        imageSeparator,                      //
+        low(rect.x), high(rect.x),           // left
+        low(rect.y), high(rect.y),           // top
+        low(rect.width), high(rect.width),   // width
+        low(rect.height), high(rect.height), // height
+        static_cast<std::uint8_t>(packed),   // packed fields: a table of 2^tableBits
     });
-}
-
-void GifWriter::writeColorTable(const Palette& palette, int tableBits) {
-    std::vector<std::uint8_t> table;
-    const std::size_t entries = std::size_t{1} << tableBits;
-    table.reserve(entries * 3);
-    for (const Pixel color : palette)
-        table.insert(table.end(), {static_cast<std::uint8_t>(color >> 16),
-                                   static_cast<std::uint8_t>(color >> 8), static_cast<std::uint8_t>(color)});
-    table.resize(entries * 3);
-    sink.write(table);
 }
 
 void GifWriter::writeImageData(int minimumCodeSize, std::span<const std::uint8_t> data) {
@@ -152,8 +161,9 @@ void GifWriter::writeImageData(int minimumCodeSize, std::span<const std::uint8_t
 
 void GifWriter::prolong(std::int64_t hundredths, const PixelRect& rect) {
     constexpr std::uint8_t nothing = 0;
-    GifFrame empty{.rect = {rect.x, rect.y, 1, 1}, .palette = {0, 0}, .transparency = nothing};
-    empty.data = LzwEncoder().encode(std::array{nothing}, minimumCodeSize(empty.palette.size()));
+    GifFrame empty{
+        .rect = {rect.x, rect.y, 1, 1}, .transparency = nothing, .minimumCodeSize = minimumCodeSize(1)};
+    empty.data = LzwEncoder().encode(std::array{IndexChoice{nothing, nothing}}, empty.minimumCodeSize);
     while (hundredths > 0) {
         const std::int64_t delay = nextDelay(hundredths);
         writeImage(empty, static_cast<std::uint16_t>(delay));

@@ -15,13 +15,14 @@ namespace clipwren {
 struct GifFrame {
     PixelRect rect;                           // inside the screen, at least one pixel
     std::int64_t hundredths = 0;              // how long it is shown
-    Palette palette;                          // 1 to 256 colours
+    Palette palette;                          // at most 256 colours; none: those that all images share
     std::optional<std::uint8_t> transparency; // the index that leaves a pixel as it was
-    std::vector<std::uint8_t> data;           // LZW codes, of minimumCodeSize(palette.size())
+    int minimumCodeSize = 0;                  // of the data
+    std::vector<std::uint8_t> data;           // LZW codes
 };
 
-// The smallest code size that the format allows for the indices of that many colours.
-int minimumCodeSize(std::size_t colors);
+// The smallest code size that the format allows for that many indices from 0.
+int minimumCodeSize(std::size_t indices);
 
 // Writes the blocks of a GIF89a file that plays for ever: `begin` once, `frame` for each image, `end` once.
 // Failures are the sink's.
@@ -32,19 +33,19 @@ public:
 
     explicit GifWriter(ByteSink& sink) : sink(sink) {}
 
-    void begin(PixelSize screen);
+    // `shared` holds 1 to 256 colours, for all images without a palette of their own.
+    void begin(PixelSize screen, const Palette& shared);
     // A frame that is shown for longer than one delay can say is prolonged by empty ones.
     void frame(const GifFrame& frame);
     void end();
 
 private:
     void writeHeader();
-    void writeLogicalScreen(PixelSize screen);
+    void writeLogicalScreen(PixelSize screen, int tableBits);
     void writeLoopForever();
     void writeImage(const GifFrame& frame, std::uint16_t delay);
     void writeGraphicControl(std::uint16_t delay, std::optional<std::uint8_t> transparency);
-    void writeImageDescriptor(const PixelRect& rect, int tableBits);
-    void writeColorTable(const Palette& palette, int tableBits);
+    void writeImageDescriptor(const PixelRect& rect, std::optional<int> tableBits);
     void writeImageData(int minimumCodeSize, std::span<const std::uint8_t> data);
     void prolong(std::int64_t hundredths, const PixelRect& rect);
 

@@ -6,34 +6,26 @@ namespace clipwren {
 
 namespace {
 
-constexpr std::uint32_t codeLimit = 4096;
+constexpr int longestCode = 12;
+constexpr std::uint32_t codeLimit = 1u << longestCode;
+// Bits after which the yield of a full table is judged.
+constexpr std::size_t judgedBits = 512 * longestCode;
 
 } // namespace
 
-std::vector<std::uint8_t> LzwEncoder::encode(std::span<const std::uint8_t> indices, int minimumCodeSize) {
+std::vector<std::uint8_t> LzwEncoder::encode(std::span<const IndexChoice> indices, int minimumCodeSize) {
     begin(minimumCodeSize);
-    if (!indices.empty()) {
-        std::uint32_t string = indices.front();
-        for (const std::uint8_t index : indices.subspan(1)) {
-            const std::uint32_t key = string << 8 | index;
-            std::uint32_t slot = (key * 2654435761u) >> (32 - hashBits);
-            while (slots[slot] != emptySlot && slots[slot] >> 12 != key)
-                slot = (slot + 1) & ((1u << hashBits) - 1);
-            if (slots[slot] != emptySlot) {
-                string = slots[slot] & (codeLimit - 1);
-                continue;
-            }
-            if (nextCode < codeLimit) {
-                slots[slot] = key << 12 | nextCode;
-                putAndGrow(string);
-            } else {
-                put(string);
-                put(clearCode);
-                clearTable();
-            }
-            string = index;
-        }
-        putAndGrow(string);
+    while (!indices.empty()) {
+        std::size_t length = 0;
+        const Match match = longestMatch(indices, length);
+        // The decoder makes a string of the code before and the first index of this one.
+        if (previous != noCode && freeCode < codeLimit) insert(previous, match.begin);
+        put(match.code);
+        // It reads longer codes as soon as its next string would need them.
+        if (freeCode == 1u << codeBits && codeBits < longestCode) ++codeBits;
+        previous = match.code;
+        indices = indices.subspan(length);
+        clearWhenStale(length);
     }
     end();
     return std::exchange(output, {});
@@ -44,16 +36,95 @@ void LzwEncoder::begin(int minimumCodeSize) {
     pendingBits = 0;
     pendingCount = 0;
     clearCode = 1u << minimumCodeSize;
-    clearTable();
+    codeBits = minimumCodeSize + 1;
     put(clearCode);
+    clearTable();
+}
+
+void LzwEncoder::end() {
+    put(clearCode + 1);
+    if (pendingCount > 0) output.push_back(static_cast<std::uint8_t>(pendingBits));
+}
+
+LzwEncoder::Match LzwEncoder::longestMatch(std::span<const IndexChoice> indices, std::size_t& length) const {
+    Matches matches;
+    const IndexChoice begin = indices.front();
+    matches.add({begin.first, begin.first});
+    if (begin.second != begin.first) matches.add({begin.second, begin.second});
+    length = 1;
+    for (;;) {
+        if (matches.count == 1) followAlone(matches.items[0], indices, length);
+        if (length == indices.size()) break;
+        const IndexChoice choice = indices[length];
+        Matches longer;
+        for (std::size_t i = 0; i < matches.count; ++i) {
+            extend(matches.items[i], choice.first, longer);
+            if (choice.second != choice.first) extend(matches.items[i], choice.second, longer);
+        }
+        if (longer.count == 0) break;
+        matches = longer;
+        ++length;
+    }
+    return matches.items[0];
+}
+
+void LzwEncoder::followAlone(Match& match, std::span<const IndexChoice> indices, std::size_t& length) const {
+    for (; length < indices.size() && indices[length].first == indices[length].second; ++length) {
+        const std::uint32_t code = extended(match, indices[length].first);
+        if (code == noCode) return;
+        match.code = code;
+    }
+}
+
+void LzwEncoder::extend(const Match& match, std::uint8_t index, Matches& longer) const {
+    if (const std::uint32_t code = extended(match, index); code != noCode) longer.add({code, match.begin});
+}
+
+std::uint32_t LzwEncoder::extended(const Match& match, std::uint8_t index) const {
+    const std::uint32_t slot = slots[slotOf(match.code << 8 | index)];
+    if (slot != emptySlot) return slot & (codeLimit - 1);
+    // The string that writing this very code makes.
+    return match.code == previous && index == match.begin && freeCode < codeLimit ? freeCode : noCode;
+}
+
+std::uint32_t LzwEncoder::slotOf(std::uint32_t key) const {
+    std::uint32_t slot = (key * 2654435761u) >> (32 - hashBits);
+    while (slots[slot] != emptySlot && slots[slot] >> longestCode != key)
+        slot = (slot + 1) & ((1u << hashBits) - 1);
+    return slot;
 }
 
 void LzwEncoder::clearTable() {
     slots.fill(emptySlot);
-    nextCode = clearCode + 2;
+    freeCode = clearCode + 2;
     codeBits = 1;
     while (clearCode >> codeBits)
         ++codeBits;
+    previous = noCode;
+    whileFilling = {};
+    sinceFull = {};
+}
+
+// A full table stays as long as it does no worse than a new one is likely to do while it fills.
+void LzwEncoder::clearWhenStale(std::size_t length) {
+    const bool isFull = freeCode == codeLimit;
+    Yield& yield = isFull ? sinceFull : whileFilling;
+    yield.pixels += length;
+    yield.bits += static_cast<std::size_t>(codeBits);
+    if (sinceFull.bits < judgedBits) return;
+    if (sinceFull.pixels * whileFilling.bits < whileFilling.pixels * sinceFull.bits) {
+        put(clearCode);
+        clearTable();
+    }
+    sinceFull = {};
+}
+
+void LzwEncoder::insert(std::uint32_t prefix, std::uint8_t index) {
+    const std::uint32_t key = prefix << 8 | index;
+    std::uint32_t& slot = slots[slotOf(key)];
+    // Another way to the same string may have made it already: then the new one is never found, nor needed.
+    if (slot == emptySlot) slot = key << longestCode | freeCode;
+    ++freeCode;
 }
 
 void LzwEncoder::put(std::uint32_t code) {
@@ -64,20 +135,6 @@ void LzwEncoder::put(std::uint32_t code) {
         pendingBits >>= 8;
         pendingCount -= 8;
     }
-}
-
-// The decoder learns a string one code later than the encoder, and reads longer codes from then on: also the
-// end code, though no string is made before it.
-void LzwEncoder::putAndGrow(std::uint32_t code) {
-    put(code);
-    if (nextCode >= codeLimit) return;
-    if (nextCode == 1u << codeBits) ++codeBits;
-    ++nextCode;
-}
-
-void LzwEncoder::end() {
-    put(clearCode + 1);
-    if (pendingCount > 0) output.push_back(static_cast<std::uint8_t>(pendingBits));
 }
 
 } // namespace clipwren

@@ -1,30 +1,65 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace clipwren {
 
+// One of two indices, whichever compresses better; equal when there is no choice.
+struct IndexChoice {
+    std::uint8_t first = 0;
+    std::uint8_t second = 0;
+    friend bool operator==(const IndexChoice&, const IndexChoice&) = default;
+};
+
 // Compresses indices into the LZW codes of the GIF format: variable-length codes of up to twelve bits, from a
-// clear code to the end code. The encoder may be used again; it keeps only its table's memory.
+// clear code to the end code. Where a pixel may have either of two indices, the longer string decides. The
+// encoder may be used again; it keeps only its table's memory.
 class LzwEncoder {
 public:
     // Every index is below 2 ^ minimumCodeSize, which is 2 to 8.
-    std::vector<std::uint8_t> encode(std::span<const std::uint8_t> indices, int minimumCodeSize);
+    std::vector<std::uint8_t> encode(std::span<const IndexChoice> indices, int minimumCodeSize);
 
 private:
+    // A string of the table that matches, and the index that it begins with.
+    struct Match {
+        std::uint32_t code = 0;
+        std::uint8_t begin = 0;
+    };
+    // Matches of one length that are followed up at a time.
+    static constexpr std::size_t mostMatches = 4;
+    struct Matches {
+        std::array<Match, mostMatches> items;
+        std::size_t count = 0;
+        void add(const Match& match) {
+            if (count < mostMatches) items[count++] = match;
+        }
+    };
+
     // Strings by their prefix's code and last index, in an open hash table with room enough that probes are
     // short.
-    static constexpr int hashBits = 14;
+    static constexpr int hashBits = 13;
     static constexpr std::uint32_t emptySlot = 0xFFFFFFFF;
+    static constexpr std::uint32_t noCode = 0xFFFFFFFF;
 
     void begin(int minimumCodeSize);
-    void clearTable();
-    void put(std::uint32_t code);
-    void putAndGrow(std::uint32_t code);
     void end();
+
+    // The longest string of the table that the indices begin with, and its length.
+    Match longestMatch(std::span<const IndexChoice> indices, std::size_t& length) const;
+    void extend(const Match& match, std::uint8_t index, Matches& longer) const;
+    // As far as there is no choice.
+    void followAlone(Match& match, std::span<const IndexChoice> indices, std::size_t& length) const;
+    std::uint32_t extended(const Match& match, std::uint8_t index) const;
+    std::uint32_t slotOf(std::uint32_t key) const;
+
+    void clearTable();
+    void clearWhenStale(std::size_t length);
+    void insert(std::uint32_t prefix, std::uint8_t index);
+    void put(std::uint32_t code);
 
     std::array<std::uint32_t, 1 << hashBits> slots{}; // key << 12 | code
     std::vector<std::uint8_t> output;
@@ -32,7 +67,16 @@ private:
     int pendingCount = 0;
     int codeBits = 0;
     std::uint32_t clearCode = 0;
-    std::uint32_t nextCode = 0; // which the next new string gets
+    std::uint32_t freeCode = 0;      // which the next new string gets
+    std::uint32_t previous = noCode; // written last since the table was cleared
+
+    // Pixels and the bits that they took.
+    struct Yield {
+        std::size_t pixels = 0;
+        std::size_t bits = 0;
+    };
+    Yield whileFilling; // of the table
+    Yield sinceFull;    // lately
 };
 
 } // namespace clipwren

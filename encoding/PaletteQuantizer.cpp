@@ -13,7 +13,7 @@ namespace {
 
 constexpr int refinements = 2;
 // A colour that makes up that share of its cluster stands for it instead of the mean.
-constexpr float dominance = 0.4f;
+constexpr float dominance = 0.6f;
 // A colour with that many times the pixels of a mean entry is kept as it is.
 constexpr double prevalence = 2;
 
@@ -170,15 +170,18 @@ Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
     for (const WeightedColor& color : colors)
         samples.push_back({perceptualColor(color.color), color.color, color.weight});
 
-    Palette palette;
-    const std::vector<Sample> prevalent = takePrevalent(samples, limit);
-    for (const Sample& sample : prevalent)
-        addOnce(palette, sample.color);
-    if (samples.empty()) return palette;
-
-    std::vector<Gathering> gatherings = gathered(samples, limit - prevalent.size());
+    std::vector<Sample> prevalent = takePrevalent(samples, limit);
+    std::vector<Gathering> gatherings;
+    if (!samples.empty()) gatherings = gathered(samples, limit - prevalent.size());
     for (int i = 0; i < refinements; ++i)
         refine(gatherings, prevalent, samples);
+
+    const auto heavier = [](const auto& a, const auto& b) { return a.weight > b.weight; };
+    std::stable_sort(prevalent.begin(), prevalent.end(), heavier);
+    std::stable_sort(gatherings.begin(), gatherings.end(), heavier);
+    Palette palette;
+    for (const Sample& sample : prevalent)
+        addOnce(palette, sample.color);
     for (const Gathering& gathering : gatherings)
         addOnce(palette, gathering.representative());
     return palette;

@@ -52,12 +52,12 @@ PerceptualColor perceptualColor(Pixel color) {
     const float y = table.rootOf(0.2126729f * red + 0.7151522f * green + 0.0721750f * blue);
     const float z = table.rootOf(0.0177578f * red + 0.1094766f * green + 0.8727656f * blue);
     const float lightness = 116 * y - 16;
-    const float a = 500 * (x - y) * 1.3f;
+    const float a = 500 * (x - y);
     const float b = 200 * (y - z);
     // Strong colours are told apart less well than greys, very dark and bright ones less well than middle
     // ones.
     const float chroma = std::sqrt(a * a + b * b);
-    const float chromaScale = 1 / (1 + 0.02f * chroma);
+    const float chromaScale = 1 / (1 + 0.015f * chroma);
     const float fromMiddle = lightness - 50;
     const float lightnessScale = 1 / (1 + 0.005f * std::fabs(fromMiddle));
     return {std::round(perceptualUnit * fromMiddle * lightnessScale),

@@ -24,9 +24,12 @@ double delayOf(std::span<const RecordedFrame> frames, std::size_t i) {
 
 Animation recordedAnimation(std::span<const RecordedFrame> frames, Canvases* canvases) {
     return {.frameCount = frames.size(),
-            .frame = [frames, canvases, delays = DelayRounder()](std::size_t i) mutable {
-                return AnimationFrame{stamped(frames[i], canvases), delays.hundredths(delayOf(frames, i))};
-            }};
+            .preview = [frames](std::size_t i) { return frames[i].image; },
+            .frame =
+                [frames, canvases, delays = DelayRounder()](std::size_t i) mutable {
+                    return AnimationFrame{stamped(frames[i], canvases),
+                                          delays.hundredths(delayOf(frames, i))};
+                }};
 }
 
 } // namespace clipwren

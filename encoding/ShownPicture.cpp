@@ -1,11 +1,33 @@
 #include "encoding/ShownPicture.h"
 
+#include "encoding/PaletteIndex.h"
+
+#include <cstdlib>
+
 namespace clipwren {
 
 namespace {
 
 // No colour: so that all of the first frame is drawn.
 constexpr Pixel nothingYet = 0xFFFFFFFF;
+// How much nearer a colour has to come before a pixel that stands still is drawn again.
+constexpr std::uint32_t worthWhile = 4;
+// How much farther off than the nearest colour of the palette a pixel may be that needs not be drawn then.
+constexpr std::uint32_t unnoticed = 5;
+
+int brightness(Pixel color) {
+    return static_cast<int>((77 * (color >> 16 & 0xFF) + 150 * (color >> 8 & 0xFF) + 29 * (color & 0xFF)) >>
+                            8);
+}
+
+// The sum over red, green and blue.
+std::uint32_t difference(Pixel a, Pixel b) {
+    std::uint32_t sum = 0;
+    for (int shift = 0; shift < 24; shift += 8)
+        sum += static_cast<std::uint32_t>(
+            std::abs(static_cast<int>(a >> shift & 0xFF) - static_cast<int>(b >> shift & 0xFF)));
+    return sum;
+}
 
 } // namespace
 
@@ -13,20 +35,84 @@ ShownPicture::ShownPicture(PixelSize size)
     : size(size),
       colors(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height), nothingYet) {}
 
-std::vector<std::uint8_t> ShownPicture::draw(const FrameChange& change, const IndexedColors& indexed,
-                                             std::uint8_t transparent) {
-    std::vector<std::uint8_t> result(static_cast<std::size_t>(change.rect.area()), transparent);
-    const std::uint8_t* next = indexed.indices.data();
-    for (const PixelRun& run : change.runs) {
-        std::uint8_t* target =
-            result.data() + (run.y - change.rect.y) * change.rect.width + (run.x - change.rect.x);
-        Pixel* shown = colors.data() + offset(run.x, run.y);
-        for (int i = 0; i < run.length; ++i) {
-            const std::uint8_t index = *next++;
-            const Pixel color = indexed.palette[index];
-            if (shown[i] == color) continue;
-            shown[i] = color;
-            target[i] = index;
+std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span<const std::uint8_t> indices,
+                                            const Palette& palette, std::uint8_t transparent,
+                                            Healer& healer) {
+    std::vector<IndexChoice> result = stayingChoices(change.rect, palette, transparent);
+    const std::size_t changedRuns = change.runs.size() - change.healingRuns;
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < change.runs.size(); ++i) {
+        const PixelRun& run = change.runs[i];
+        const DrawnRun drawn{indices.data() + next, change.colors.data() + next, &palette,
+                             result.data() + (run.y - change.rect.y) * change.rect.width +
+                                 (run.x - change.rect.x)};
+        next += static_cast<std::size_t>(run.length);
+        if (i < changedRuns)
+            healer.addMisfit(run.x, run.y, drawRun(run, drawn));
+        else
+            healRun(run, drawn, healer);
+    }
+    return result;
+}
+
+std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) {
+    Pixel* shown = colors.data() + offset(run.x, run.y);
+    std::uint32_t misfit = 0;
+    for (int i = 0; i < run.length; ++i) {
+        const std::uint8_t index = drawn.indices[i];
+        const Pixel color = (*drawn.palette)[index];
+        const std::uint32_t after = difference(color, drawn.wanted[i]);
+        const bool stays = shown[i] == color || (after > 0 && shown[i] != nothingYet &&
+                                                 difference(shown[i], drawn.wanted[i]) <= after + unnoticed);
+        if (stays) {
+            misfit += difference(shown[i], drawn.wanted[i]);
+            continue;
+        }
+        misfit += after;
+        shown[i] = color;
+        drawn.target[i] = {index, index};
+    }
+    return misfit;
+}
+
+void ShownPicture::healRun(const PixelRun& run, const DrawnRun& drawn, Healer& healer) {
+    Pixel* shown = colors.data() + offset(run.x, run.y);
+    std::uint32_t misfit = 0;
+    std::uint32_t steps = 0;
+    for (int i = 0; i < run.length; ++i) {
+        const std::uint8_t index = drawn.indices[i];
+        const Pixel color = (*drawn.palette)[index];
+        const std::uint32_t before = difference(shown[i], drawn.wanted[i]);
+        const std::uint32_t after = difference(color, drawn.wanted[i]);
+        if (after + worthWhile > before) {
+            misfit += before;
+            continue;
+        }
+        misfit += after;
+        steps += static_cast<std::uint32_t>(std::abs(brightness(color) - brightness(shown[i])));
+        shown[i] = color;
+        drawn.target[i] = {index, index};
+    }
+    healer.addMisfit(run.x, run.y, misfit);
+    healer.spend(steps);
+}
+
+std::vector<IndexChoice> ShownPicture::stayingChoices(const PixelRect& rect, const Palette& palette,
+                                                      std::uint8_t transparent) const {
+    std::vector<IndexChoice> result;
+    result.reserve(static_cast<std::size_t>(rect.area()));
+    const PaletteIndex entries(palette, transparent);
+    Pixel known = nothingYet;
+    IndexChoice choice{transparent, transparent};
+    for (int y = rect.y; y < rect.maxY(); ++y) {
+        const Pixel* shown = colors.data() + offset(rect.x, y);
+        for (int x = 0; x < rect.width; ++x) {
+            if (shown[x] != known) {
+                known = shown[x];
+                const auto entry = entries.find(known);
+                choice.second = entry.value_or(transparent);
+            }
+            result.push_back(choice);
         }
     }
     return result;

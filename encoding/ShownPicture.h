@@ -1,9 +1,12 @@
 #pragma once
 
-#include "encoding/ColorIndexer.h"
 #include "encoding/FrameChange.h"
+#include "encoding/Healer.h"
+#include "encoding/LzwEncoder.h"
+#include "encoding/Palette.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace clipwren {
@@ -14,14 +17,29 @@ class ShownPicture {
 public:
     explicit ShownPicture(PixelSize size);
 
-    // Draws the changed pixels with the colours picked for them. Returns the indices of all pixels of the
-    // change's rectangle, row by row; `transparent` where the picture stays as it is.
-    std::vector<std::uint8_t> draw(const FrameChange& change, const IndexedColors& indexed,
-                                   std::uint8_t transparent);
+    // Draws the changed pixels with the colours picked for them, unless what is shown is as near, and those
+    // to heal where that brings them nearer; the healer is told what stays wrong. Returns how a viewer gets
+    // there: the indices of all pixels of the change's rectangle, row by row, `transparent` where the picture
+    // stays as it is. Where a colour of the palette is shown already, both ways are left open.
+    std::vector<IndexChoice> draw(const FrameChange& change, std::span<const std::uint8_t> indices,
+                                  const Palette& palette, std::uint8_t transparent, Healer& healer);
 
     Pixel color(int x, int y) const { return colors[offset(x, y)]; }
 
 private:
+    // What one run is drawn with and where its choices go.
+    struct DrawnRun {
+        const std::uint8_t* indices;
+        const Pixel* wanted;
+        const Palette* palette;
+        IndexChoice* target;
+    };
+    // Returns how far the pixels are now from what was wanted.
+    std::uint32_t drawRun(const PixelRun& run, const DrawnRun& drawn);
+    // Draws only pixels that come nearer.
+    void healRun(const PixelRun& run, const DrawnRun& drawn, Healer& healer);
+    std::vector<IndexChoice> stayingChoices(const PixelRect& rect, const Palette& palette,
+                                            std::uint8_t transparent) const;
     std::size_t offset(int x, int y) const {
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(size.width) +
                static_cast<std::size_t>(x);

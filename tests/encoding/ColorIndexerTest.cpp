@@ -28,6 +28,11 @@ double meanDistance(const std::vector<Pixel>& colors, const IndexedColors& index
     return sum / static_cast<double>(colors.size()) / perceptualUnit;
 }
 
+// With a shared palette that serves for nothing.
+IndexedColors indexColors(const std::vector<Pixel>& colors, std::size_t limit) {
+    return ColorIndexer({0, 0xFF00FF}).index(colors, limit);
+}
+
 void expectSound(const std::vector<Pixel>& colors, const IndexedColors& indexed, std::size_t limit) {
     ASSERT_EQ(indexed.indices.size(), colors.size());
     ASSERT_GE(indexed.palette.size(), 1u);
@@ -87,6 +92,57 @@ TEST(ColorIndexer, AGreyRampKeepsItsGrades) {
     const IndexedColors indexed = indexColors(colors, 64);
     expectSound(colors, indexed, 64);
     EXPECT_LT(meanDistance(colors, indexed), 0.8);
+}
+
+TEST(ColorIndexer, TheSharedPaletteServesWhenItHasTheColors) {
+    const Palette shared{0, 0xFFFFFF, 0x202124, 0x1A73E8};
+    const std::vector<Pixel> colors{0x1A73E8, 0xFFFFFF, 0xFFFFFF, 0x202124};
+    const IndexedColors indexed = ColorIndexer(shared).index(colors, 255);
+    EXPECT_TRUE(indexed.palette.empty());
+    EXPECT_EQ(indexed.indices, (std::vector<std::uint8_t>{3, 1, 1, 2}));
+}
+
+TEST(ColorIndexer, TheFirstSharedEntryIsNoColor) {
+    const std::vector<Pixel> black(10, 0x000000);
+    const IndexedColors indexed = ColorIndexer({0, 0xFFFFFF}).index(black, 255);
+    EXPECT_EQ(indexed.palette, (Palette{0x000000}));
+}
+
+TEST(ColorIndexer, TheSharedPaletteServesForFewPixelsNearIt) {
+    Palette shared{0};
+    std::vector<Pixel> near;
+    for (Pixel i = 0; i < 40; ++i) {
+        shared.push_back(i * 0x060606);
+        near.push_back(i * 0x060606 + 0x010101);
+    }
+    const ColorIndexer indexer(shared);
+    EXPECT_TRUE(indexer.index(near, 255).palette.empty());
+    // One pixel of quite another colour is worth a table.
+    near.push_back(0xFF0000);
+    EXPECT_FALSE(indexer.index(near, 255).palette.empty());
+    near.pop_back();
+    // And so are small differences of many pixels.
+    near.insert(near.end(), 10'000, near.back());
+    EXPECT_FALSE(indexer.index(near, 255).palette.empty());
+}
+
+TEST(ColorIndexer, ASmallTableIsAlwaysExact) {
+    const ColorIndexer indexer({0, 0xFFFFFF, 0x808080});
+    const IndexedColors indexed = indexer.index(std::vector<Pixel>{0x818181, 0xFFFFFF}, 255);
+    EXPECT_EQ(indexed.palette, (Palette{0x818181, 0xFFFFFF}));
+}
+
+TEST(ColorIndexer, AColorThatPrevailsInRowsAndAloneKeepsOthersInPlace) {
+    // The same colour is counted among the flat ones and among its near ones.
+    std::vector<Pixel> colors = randomColors(30'000, 6);
+    for (int i = 0; i < 20'000; ++i) {
+        colors.insert(colors.end(), 4, 0x404850);
+        colors.push_back(0x404850 + 0x010000 * static_cast<Pixel>(i % 2));
+        colors.push_back(randomColors(1, static_cast<unsigned>(i))[0]);
+    }
+    const IndexedColors indexed = indexColors(colors, 255);
+    expectSound(colors, indexed, 255);
+    EXPECT_LT(meanDistance(colors, indexed), 6);
 }
 
 TEST(ColorIndexer, OneColorOfManyIsAllowed) {

@@ -55,5 +55,16 @@ TEST(FrameChange, AWholeFrameHoldsEveryPixelOnce) {
             EXPECT_EQ(change.colors[next++], picture.at(run.x + i, run.y) & 0xFFFFFF);
 }
 
+TEST(FrameChange, ASampleLooksAtFewBlocks) {
+    TestPicture picture(640, 160, 0xFF000000);
+    const Image before = picture.image();
+    picture.fill({0, 0, 640, 160}, 0xFFFFFFFF);
+    const Image after = picture.imageAfter(before);
+    EXPECT_EQ(sampledChangeSince(before, after, 10).colors.size(), 10u * 64 * 16);
+    EXPECT_EQ(sampledChangeSince(before, after, 100).colors.size(), 100u * 64 * 16);
+    EXPECT_EQ(sampledChangeSince(before, after, 1000).colors.size(), 100u * 64 * 16);
+    EXPECT_TRUE(sampledChangeSince(before, before, 10).isEmpty());
+}
+
 } // namespace
 } // namespace clipwren

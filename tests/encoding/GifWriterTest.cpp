@@ -13,23 +13,25 @@ namespace clipwren {
 namespace {
 
 GifFrame frameOf(const PixelRect& rect, std::size_t colors, std::int64_t hundredths) {
-    GifFrame frame{
-        .rect = rect, .hundredths = hundredths, .palette = {}, .transparency = std::nullopt, .data = {}};
+    GifFrame frame{.rect = rect, .hundredths = hundredths, .minimumCodeSize = minimumCodeSize(colors)};
     for (std::size_t i = 0; i < colors; ++i)
         frame.palette.push_back(static_cast<Pixel>(i * 0x010203));
-    const std::vector<std::uint8_t> indices(static_cast<std::size_t>(rect.area()), 0);
-    frame.data = LzwEncoder().encode(indices, minimumCodeSize(colors));
+    const std::vector<IndexChoice> indices(static_cast<std::size_t>(rect.area()));
+    frame.data = LzwEncoder().encode(indices, frame.minimumCodeSize);
     return frame;
 }
 
 TEST(GifWriter, WritesTheFixedBlocksByteForByte) {
     MemorySink sink;
     GifWriter writer(sink);
-    writer.begin({0x1234, 0x0102});
+    writer.begin({0x1234, 0x0102}, {0x010203, 0x0A0B0C, 0xFFFFFF});
     writer.end();
-    const std::vector<std::uint8_t> expected{'G', 'I', 'F',  '8',  '9', 'a', 0x34, 0x12, 0x02, 0x01, 0x70,
-                                             0,   0,   0x21, 0xFF, 11,  'N', 'E',  'T',  'S',  'C',  'A',
-                                             'P', 'E', '2',  '.',  '0', 3,   1,    0,    0,    0,    0x3B};
+    const std::vector<std::uint8_t> expected{
+        'G',  'I',  'F', '8', '9', 'a', 0x34, 0x12, 0x02, 0x01, 0xF1, 0, 0, // screen
+        1,    2,    3,   10,  11,  12,  255,  255,  255,  0,    0,    0,    // four colours
+        0x21, 0xFF, 11,  'N', 'E', 'T', 'S',  'C',  'A',  'P',  'E',        //
+        '2',  '.',  '0', 3,   1,   0,   0,    0,                            // for ever
+        0x3B};
     EXPECT_EQ(sink.bytes, expected);
 }
 
@@ -40,6 +42,7 @@ TEST(GifWriter, WritesOneImageByteForByte) {
                   .hundredths = 0x0107,
                   .palette = {0x112233, 0x445566, 0},
                   .transparency = std::uint8_t{2},
+                  .minimumCodeSize = 2,
                   .data = {0xAA, 0xBB}});
     const std::vector<std::uint8_t> expected{
         0x21, 0xF9, 4,    0x05, 0x07, 0x01, 2, 0,                // graphic control
@@ -63,7 +66,7 @@ TEST(GifWriter, TablesAndCodesAreAsSmallAsTheyCanBe) {
          {std::pair{1, 2}, {2, 2}, {3, 4}, {16, 16}, {17, 32}, {200, 256}, {256, 256}}) {
         MemorySink sink;
         GifWriter writer(sink);
-        writer.begin({3, 3});
+        writer.begin({3, 3}, {0, 0xFFFFFF});
         writer.frame(frameOf({0, 0, 3, 3}, static_cast<std::size_t>(colors), 5));
         writer.end();
         const DecodedGif gif = DecodedGif::read(sink.bytes);
@@ -76,7 +79,7 @@ TEST(GifWriter, TablesAndCodesAreAsSmallAsTheyCanBe) {
 TEST(GifWriter, LoopsForEverAndLeavesImagesInPlace) {
     MemorySink sink;
     GifWriter writer(sink);
-    writer.begin({20, 10});
+    writer.begin({20, 10}, {0, 0xFFFFFF});
     writer.frame(frameOf({0, 0, 20, 10}, 3, 12));
     writer.frame(frameOf({5, 4, 2, 3}, 9, 2));
     writer.end();
@@ -92,11 +95,26 @@ TEST(GifWriter, LoopsForEverAndLeavesImagesInPlace) {
     EXPECT_EQ(gif.frames[1].disposal, 1);
 }
 
+TEST(GifWriter, ImagesWithoutATableUseTheSharedOne) {
+    MemorySink sink;
+    GifWriter writer(sink);
+    writer.begin({2, 1}, {0x112233, 0x445566, 0x778899});
+    GifFrame frame{.rect = {0, 0, 2, 1}, .hundredths = 3, .minimumCodeSize = 2};
+    frame.data = LzwEncoder().encode(std::array{IndexChoice{2, 2}, IndexChoice{1, 1}}, 2);
+    writer.frame(frame);
+    writer.end();
+    const DecodedGif gif = DecodedGif::read(sink.bytes);
+    EXPECT_EQ(gif.error, "");
+    ASSERT_EQ(gif.frames.size(), 1u);
+    EXPECT_EQ(gif.frames[0].shown, (std::vector<Pixel>{0x778899, 0x445566}));
+    EXPECT_EQ(gif.frames[0].paletteSize, 0);
+}
+
 TEST(GifWriter, AVeryLongDelayIsSharedAmongEmptyImages) {
     for (const std::int64_t hundredths : {65'535, 65'536, 65'537, 65'538, 131'070, 131'071, 8'640'000}) {
         MemorySink sink;
         GifWriter writer(sink);
-        writer.begin({4, 4});
+        writer.begin({4, 4}, {0, 0xFFFFFF});
         writer.frame(frameOf({1, 1, 3, 3}, 3, hundredths));
         writer.end();
         const DecodedGif gif = DecodedGif::read(sink.bytes);

@@ -11,20 +11,26 @@
 namespace clipwren {
 namespace {
 
+std::vector<IndexChoice> withoutChoice(const std::vector<std::uint8_t>& indices) {
+    std::vector<IndexChoice> choices;
+    for (const std::uint8_t index : indices)
+        choices.push_back({index, index});
+    return choices;
+}
+
 // The indices as an independent decoder reads them from a file around the codes: as greys.
-std::vector<Pixel> decoded(const std::vector<std::uint8_t>& indices, int bits) {
+std::vector<Pixel> decoded(const std::vector<IndexChoice>& indices, int bits) {
     Palette palette;
     for (unsigned i = 0; i < 1u << bits; ++i)
         palette.push_back(i * 0x010101u);
     MemorySink sink;
     GifWriter writer(sink);
     const int width = static_cast<int>(indices.size());
-    writer.begin({width, 1});
-    writer.frame({.rect = {0, 0, width, 1},
-                  .hundredths = 2,
-                  .palette = palette,
-                  .transparency = std::nullopt,
-                  .data = LzwEncoder().encode(indices, minimumCodeSize(palette.size()))});
+    writer.begin({width, 1}, palette);
+    GifFrame frame{
+        .rect = {0, 0, width, 1}, .hundredths = 2, .minimumCodeSize = minimumCodeSize(palette.size())};
+    frame.data = LzwEncoder().encode(indices, frame.minimumCodeSize);
+    writer.frame(frame);
     writer.end();
     const DecodedGif gif = DecodedGif::read(sink.bytes);
     EXPECT_EQ(gif.error, "");
@@ -35,7 +41,8 @@ void expectRoundTrip(const std::vector<std::uint8_t>& indices, int bits) {
     std::vector<Pixel> expected;
     for (const std::uint8_t index : indices)
         expected.push_back(index * 0x010101u);
-    EXPECT_EQ(decoded(indices, bits), expected) << indices.size() << " indices of " << bits << " bits";
+    EXPECT_EQ(decoded(withoutChoice(indices), bits), expected)
+        << indices.size() << " indices of " << bits << " bits";
 }
 
 std::vector<std::uint8_t> randomIndices(std::size_t count, int bits, unsigned seed) {
@@ -49,7 +56,7 @@ std::vector<std::uint8_t> randomIndices(std::size_t count, int bits, unsigned se
 TEST(LzwEncoder, KnownCodesOfATinyPicture) {
     // Clear (4), 1, 1, 1-1 (6), end (5): three bits each, four from the sixth string on.
     const std::vector<std::uint8_t> ones(4, 1);
-    const std::vector<std::uint8_t> codes = LzwEncoder().encode(ones, 2);
+    const std::vector<std::uint8_t> codes = LzwEncoder().encode(withoutChoice(ones), 2);
     // 100 001 110 001 101, the first code in the lowest bits.
     EXPECT_EQ(codes, (std::vector<std::uint8_t>{0b10001100, 0b01010011}));
 }
@@ -84,11 +91,52 @@ TEST(LzwEncoder, LongRowsOfEveryKindSurvive) {
     expectRoundTrip(mixed, 8);
 }
 
+TEST(LzwEncoder, EveryChoiceIsOneOfTheTwo) {
+    for (int bits = 2; bits <= 8; ++bits) {
+        const auto firsts = randomIndices(40'000, bits, 21);
+        const auto seconds = randomIndices(40'000, 2, 22);
+        std::vector<IndexChoice> choices;
+        for (std::size_t i = 0; i < firsts.size(); ++i)
+            choices.push_back({firsts[i], i % 3 ? seconds[i] : firsts[i]});
+        const std::vector<Pixel> result = decoded(choices, bits);
+        ASSERT_EQ(result.size(), choices.size());
+        for (std::size_t i = 0; i < choices.size(); ++i)
+            ASSERT_TRUE(result[i] == choices[i].first * 0x010101u ||
+                        result[i] == choices[i].second * 0x010101u);
+    }
+}
+
+TEST(LzwEncoder, ChoicesSaveBytes) {
+    // Stripes whose every second pixel may just as well join the run around it.
+    std::vector<IndexChoice> fixed;
+    std::vector<IndexChoice> open;
+    const auto noise = randomIndices(20'000, 3, 5);
+    for (const std::uint8_t index : noise) {
+        fixed.push_back({index, index});
+        open.push_back({index, 0});
+    }
+    EXPECT_LT(LzwEncoder().encode(open, 3).size() * 10, LzwEncoder().encode(fixed, 3).size());
+}
+
+TEST(LzwEncoder, AFullTableStaysWhileItFits) {
+    // Once the table is full of this row's strings, more of the same costs less than learning them anew.
+    const auto row = randomIndices(1'000, 4, 9);
+    std::vector<std::uint8_t> half;
+    for (int i = 0; i < 32; ++i)
+        half.insert(half.end(), row.begin(), row.end());
+    std::vector<std::uint8_t> whole = half;
+    whole.insert(whole.end(), half.begin(), half.end());
+    LzwEncoder encoder;
+    const std::size_t once = encoder.encode(withoutChoice(half), 4).size();
+    EXPECT_LT(encoder.encode(withoutChoice(whole), 4).size() - once, once);
+    expectRoundTrip(whole, 4);
+}
+
 TEST(LzwEncoder, CanBeUsedAgain) {
     LzwEncoder encoder;
-    const auto indices = randomIndices(10'000, 5, 1);
+    const auto indices = withoutChoice(randomIndices(10'000, 5, 1));
     const auto once = encoder.encode(indices, 5);
-    encoder.encode(randomIndices(5'000, 8, 2), 8);
+    encoder.encode(withoutChoice(randomIndices(5'000, 8, 2)), 8);
     EXPECT_EQ(encoder.encode(indices, 5), once);
 }
 

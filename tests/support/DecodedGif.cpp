@@ -85,14 +85,15 @@ private:
     bool readImage() {
         if (DGifGetImageDesc(file) == GIF_ERROR) return false;
         const GifImageDesc& image = file->Image;
-        if (image.Interlace || !image.ColorMap) {
-            result.error = "an image without a table of its own or interlaced";
+        const ColorMapObject* table = image.ColorMap ? image.ColorMap : file->SColorMap;
+        if (image.Interlace || !table) {
+            result.error = "an image without a table or interlaced";
             return false;
         }
         DecodedGifFrame frame{.rect = {image.Left, image.Top, image.Width, image.Height},
                               .hundredths = control.DelayTime,
                               .disposal = control.DisposalMode,
-                              .paletteSize = image.ColorMap->ColorCount,
+                              .paletteSize = image.ColorMap ? image.ColorMap->ColorCount : 0,
                               .hasTransparency = control.TransparentColor != NO_TRANSPARENT_COLOR,
                               .shown = {}};
         if (frame.rect.maxX() > file->SWidth || frame.rect.maxY() > file->SHeight) {
@@ -102,7 +103,7 @@ private:
         std::vector<GifPixelType> row(static_cast<std::size_t>(image.Width));
         for (int y = 0; y < image.Height; ++y) {
             if (DGifGetLine(file, row.data(), image.Width) == GIF_ERROR) return false;
-            if (!drawRow(row, image, y)) return false;
+            if (!drawRow(row, image, *table, y)) return false;
         }
         if (!keepPixels && !result.frames.empty()) result.frames.back().shown.clear();
         frame.shown = screen;
@@ -112,16 +113,17 @@ private:
         return true;
     }
 
-    bool drawRow(const std::vector<GifPixelType>& row, const GifImageDesc& image, int y) {
+    bool drawRow(const std::vector<GifPixelType>& row, const GifImageDesc& image, const ColorMapObject& table,
+                 int y) {
         Pixel* target =
             screen.data() + static_cast<std::ptrdiff_t>(image.Top + y) * file->SWidth + image.Left;
         for (std::size_t x = 0; x < row.size(); ++x) {
             if (row[x] == control.TransparentColor) continue;
-            if (row[x] >= image.ColorMap->ColorCount) {
+            if (row[x] >= table.ColorCount) {
                 result.error = "an index beyond its table";
                 return false;
             }
-            const GifColorType& color = image.ColorMap->Colors[row[x]];
+            const GifColorType& color = table.Colors[row[x]];
             target[x] = static_cast<Pixel>(color.Red << 16 | color.Green << 8 | color.Blue);
         }
         return true;

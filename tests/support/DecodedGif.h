@@ -16,7 +16,7 @@ struct DecodedGifFrame {
     PixelRect rect;
     int hundredths = 0;
     int disposal = 0;
-    int paletteSize = 0; // entries of the table in the file
+    int paletteSize = 0; // entries of its own table, 0 without one
     bool hasTransparency = false;
     std::vector<Pixel> shown; // the whole screen, 0x00RRGGBB, row by row; 0xFF000000 where nothing was drawn
 };
