@@ -156,6 +156,7 @@ private:
     void drawNext(ShownPicture& shown) {
         std::unique_ptr<FrameJob> job = take(choosing);
         drawChange(*job, shown, shared, *healer);
+        if (job->previous) healer->drawn(job->healing.empty() ? 0 : shown.lastHealingSteps());
         job->task = crew.start([job = job.get()] { compress(*job); });
         compressing.push_back(std::move(job));
     }

@@ -9,6 +9,8 @@ namespace {
 // Steps of brightness a pixel and frame that go unnoticed in a picture that stands still.
 constexpr double unnoticed = 0.008;
 constexpr double longestPatience = 0.25; // a pixel
+// What healing a misfit may take; mostly it is less, as part of it is colour, and part of it stays.
+constexpr double mostStepsOfMisfit = 0.2;
 constexpr std::uint32_t stillFrames = 3;
 constexpr std::uint8_t mostAttempts = 3;
 // The share of the picture that is drawn again in one frame.
@@ -33,6 +35,7 @@ std::vector<PixelRect> Healer::choose(const Image& previous, const Image& curren
         blocks[blockAt(changed.x, changed.y)].changedIn = frame;
         blocks[blockAt(changed.x, changed.y)].attempts = 0;
     }
+    expected.push_back(0);
     if (patience <= 0) return {};
 
     std::vector<std::size_t> due;
@@ -42,13 +45,21 @@ std::vector<PixelRect> Healer::choose(const Image& previous, const Image& curren
     std::partial_sort(due.begin(), due.begin() + static_cast<std::ptrdiff_t>(count), due.end(),
                       [&](std::size_t a, std::size_t b) { return blocks[a].misfit > blocks[b].misfit; });
     std::vector<PixelRect> result;
-    for (std::size_t i = 0; i < count; ++i) {
-        ++blocks[due[i]].attempts;
+    for (std::size_t i = 0; i < count && patience > 0; ++i) {
+        Block& block = blocks[due[i]];
+        expected.back() += mostStepsOfMisfit * block.misfit;
+        patience -= mostStepsOfMisfit * block.misfit;
+        ++block.attempts;
         // Until it is drawn again it is not due.
-        blocks[due[i]].misfit = 0;
+        block.misfit = 0;
         result.push_back(rectOf(due[i]));
     }
     return result;
+}
+
+void Healer::drawn(std::uint32_t brightnessSteps) {
+    patience += expected.front() - brightnessSteps;
+    expected.pop_front();
 }
 
 bool Healer::isDue(const Block& block) const {

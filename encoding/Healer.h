@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 namespace clipwren {
@@ -21,8 +22,10 @@ public:
 
     // A pixel of the block at (x, y) is now so far from what was recorded.
     void addMisfit(int x, int y, std::uint32_t misfit) { blocks[blockAt(x, y)].misfit += misfit; }
-    // Pixels that stood still were drawn again, in steps of brightness of that sum.
-    void spend(std::uint32_t brightnessSteps) { patience -= brightnessSteps; }
+
+    // All of the frame that was chosen for first is drawn, in so many steps of brightness at pixels that
+    // stood still.
+    void drawn(std::uint32_t brightnessSteps);
 
 private:
     struct Block {
@@ -41,6 +44,8 @@ private:
     int columns;
     std::uint32_t frame = 0;
     double patience = 0; // steps of brightness that nobody minds by now
+    std::deque<double>
+        expected; // steps of the frames that are chosen for and not yet drawn: taken off already
     std::vector<Block> blocks;
 };
 

@@ -41,6 +41,7 @@ std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span
     std::vector<IndexChoice> result = stayingChoices(change.rect, palette, transparent);
     const std::size_t changedRuns = change.runs.size() - change.healingRuns;
     std::size_t next = 0;
+    std::uint32_t steps = 0;
     for (std::size_t i = 0; i < change.runs.size(); ++i) {
         const PixelRun& run = change.runs[i];
         const DrawnRun drawn{indices.data() + next, change.colors.data() + next, &palette,
@@ -50,8 +51,9 @@ std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span
         if (i < changedRuns)
             healer.addMisfit(run.x, run.y, drawRun(run, drawn));
         else
-            healRun(run, drawn, healer);
+            steps += healRun(run, drawn, healer);
     }
+    healingSteps = steps;
     return result;
 }
 
@@ -75,7 +77,7 @@ std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) 
     return misfit;
 }
 
-void ShownPicture::healRun(const PixelRun& run, const DrawnRun& drawn, Healer& healer) {
+std::uint32_t ShownPicture::healRun(const PixelRun& run, const DrawnRun& drawn, Healer& healer) {
     Pixel* shown = colors.data() + offset(run.x, run.y);
     std::uint32_t misfit = 0;
     std::uint32_t steps = 0;
@@ -94,7 +96,7 @@ void ShownPicture::healRun(const PixelRun& run, const DrawnRun& drawn, Healer& h
         drawn.target[i] = {index, index};
     }
     healer.addMisfit(run.x, run.y, misfit);
-    healer.spend(steps);
+    return steps;
 }
 
 std::vector<IndexChoice> ShownPicture::stayingChoices(const PixelRect& rect, const Palette& palette,

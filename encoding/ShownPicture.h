@@ -24,7 +24,8 @@ public:
     std::vector<IndexChoice> draw(const FrameChange& change, std::span<const std::uint8_t> indices,
                                   const Palette& palette, std::uint8_t transparent, Healer& healer);
 
-    Pixel color(int x, int y) const { return colors[offset(x, y)]; }
+    // How much brightness changed where nothing did when it was drawn last.
+    std::uint32_t lastHealingSteps() const { return healingSteps; }
 
 private:
     // What one run is drawn with and where its choices go.
@@ -36,8 +37,8 @@ private:
     };
     // Returns how far the pixels are now from what was wanted.
     std::uint32_t drawRun(const PixelRun& run, const DrawnRun& drawn);
-    // Draws only pixels that come nearer.
-    void healRun(const PixelRun& run, const DrawnRun& drawn, Healer& healer);
+    // Draws only pixels that come nearer; returns the sum of their steps of brightness.
+    std::uint32_t healRun(const PixelRun& run, const DrawnRun& drawn, Healer& healer);
     std::vector<IndexChoice> stayingChoices(const PixelRect& rect, const Palette& palette,
                                             std::uint8_t transparent) const;
     std::size_t offset(int x, int y) const {
@@ -47,6 +48,7 @@ private:
 
     PixelSize size;
     std::vector<Pixel> colors;
+    std::uint32_t healingSteps = 0;
 };
 
 } // namespace clipwren
