@@ -7,10 +7,10 @@ namespace clipwren {
 namespace {
 
 // Steps of brightness a pixel and frame that go unnoticed in a picture that stands still.
-constexpr double unnoticed = 0.008;
+constexpr double unnoticed = 0.009;
 constexpr double longestPatience = 0.25; // a pixel
 // What healing a misfit may take; mostly it is less, as part of it is colour, and part of it stays.
-constexpr double mostStepsOfMisfit = 0.2;
+constexpr double mostStepsOfMisfit = 0.07;
 constexpr std::uint32_t stillFrames = 3;
 constexpr std::uint8_t mostAttempts = 3;
 // The share of the picture that is drawn again in one frame.
