@@ -46,17 +46,23 @@ PixelSize chooseSize(Choices& choices) {
     }
 }
 
+// Far from any recording as times may be, the choice itself stays within the number's range.
+std::int64_t movedBy(std::int64_t value, std::int64_t distance) {
+    constexpr std::int64_t reach = std::numeric_limits<std::int64_t>::max() - 1'000'000;
+    return std::clamp(value, -reach, reach) + distance;
+}
+
 MediaTime chooseTime(Choices& choices, const MediaTime& before) {
     constexpr auto largest = std::numeric_limits<std::int64_t>::max();
     switch (choices.byte() % 12) {
     case 0: return before;
-    case 1: return {before.value - choices.below(5000), before.timescale};
+    case 1: return {movedBy(before.value, -choices.below(5000)), before.timescale};
     case 2: return {0, 0};
     case 3: return {largest, 1};
     case 4: return {-largest, 1 + choices.below(3)};
     case 5: return {choices.below(60'000), 7};
-    case 6: return {before.value + 700'000 + choices.below(60'000), 1000};
-    default: return {before.value + choices.below(300), 1000};
+    case 6: return {movedBy(before.value, 700'000 + choices.below(60'000)), 1000};
+    default: return {movedBy(before.value, choices.below(300)), 1000};
     }
 }
 
