@@ -46,9 +46,16 @@ bool displayAnswers() {
     return answers;
 }
 
-// Paints once what the badge and the selector are made of: the toolkit loads its fonts now, not when the user
-// waits for the first selection.
+// What would keep the item from the panel at the start: reading the icon theme and the fonts takes the
+// toolkit longer than everything before.
+constexpr double warmUpDelay = 0.3;
+
+// Gives windows their icon, and paints once what the badge and the selector are made of: the toolkit loads
+// its fonts now, not when the user waits for the first selection.
 void warmUp(Canvases& canvases) {
+    // The icon of the theme once the program is installed, and its own before.
+    QApplication::setWindowIcon(QIcon::fromTheme(
+        applicationIdentifier, QIcon(QStringLiteral(":/clipwren/128x128/apps/app.clipwren.Clipwren.png"))));
     const auto canvas = canvases.makeBitmap({64, 32});
     if (!canvas) return;
     const Font font{.size = 11, .weight = FontWeight::semibold, .kern = 0.4};
@@ -112,9 +119,6 @@ Expected<std::unique_ptr<LinuxPlatform>, PlatformError> LinuxPlatform::connect(i
     QApplication::setQuitOnLastWindowClosed(false);
     auto toolkit = std::make_unique<QApplication>(argc, argv);
     QGuiApplication::setDesktopFileName(applicationIdentifier);
-    // The icon of the theme once the program is installed, and its own before.
-    QApplication::setWindowIcon(QIcon::fromTheme(
-        applicationIdentifier, QIcon(QStringLiteral(":/clipwren/128x128/apps/app.clipwren.Clipwren.png"))));
     auto display = X11Connection::open();
     if (!display) return Unexpected{display.error()};
     auto parts = std::make_unique<Parts>(std::move(toolkit), std::move(*display));
@@ -130,7 +134,7 @@ const Platform& LinuxPlatform::ports() const { return parts->ports; }
 int LinuxPlatform::run(std::function<void()> endsUnasked) {
     UnaskedEnd unaskedEnd(std::move(endsUnasked), [this] { parts->backgroundQueue.finish(); });
     parts->display->setLossHandler([&unaskedEnd] { unaskedEnd.displayIsLost(); });
-    parts->mainQueue.async([this, &unaskedEnd] {
+    parts->mainQueue.asyncAfter(warmUpDelay, [this, &unaskedEnd] {
         warmUp(parts->canvases);
         unaskedEnd.watchExit();
     });
