@@ -184,13 +184,22 @@ class Desktop:
 
     def windows_named(self, name):
         """Ordinary windows, not covering ones, with exactly this title, wherever a window manager has put them."""
+        return self.all_windows_named(name, overriding=False)
+
+    def tray_windows_named(self, name):
+        """Windows of this title that no window manager looks after, but the tray that they are in."""
+        return [window for window in self.all_windows_named(name, overriding=True)
+                if window.query_tree().parent != self.root]
+
+    def all_windows_named(self, name, overriding):
         found, pending = [], list(self.root.query_tree().children)
         while pending:
             window = pending.pop()
             try:
                 title = window.get_full_text_property(self.display.intern_atom("_NET_WM_NAME")) or window.get_wm_name()
                 attributes = window.get_attributes()
-                if title == name and attributes.map_state == X.IsViewable and not attributes.override_redirect:
+                if (title == name and attributes.map_state == X.IsViewable
+                        and bool(attributes.override_redirect) == overriding):
                     found.append(window)
                 pending += window.query_tree().children
             except (error.BadWindow, error.BadDrawable):

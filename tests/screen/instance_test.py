@@ -86,7 +86,7 @@ class InstanceTest(ScreenTest):
         # A panel that comes later shows the item all the same.
         panel = subprocess.Popen(["trayer", "--edge", "top", "--align", "right", "--widthtype", "request"])
         self.addCleanup(end, panel)
-        wait_for(lambda: self.desktop.windows_named("Clipwren"), "the item")
+        wait_for(lambda: self.desktop.tray_windows_named("Clipwren"), "the item")
         time.sleep(7)
         self.assertEqual(len(bus.matching("member=Notify")), 1)
 
