@@ -3,6 +3,7 @@
 #include "platform/linux/status/SniStatusItem.h"
 #include "platform/linux/status/XEmbedStatusItem.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 
 #include <utility>
@@ -28,6 +29,9 @@ LinuxStatusItem::LinuxStatusItem(X11Connection& display, double scale, std::func
                          if (!view) nowhereToBeSeen();
                      });
     deadline.start(panelWaitMilliseconds);
+    // The item may outlive the event loop by the work that still goes on; the panel must not show it then.
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &deadline,
+                     [this] { view.reset(); });
     stateDidChange();
 }
 
