@@ -20,8 +20,6 @@ constexpr std::size_t censusLimit = 8192;
 // saves. In just noticeable differences.
 constexpr double largestMisfit = 3;
 constexpr double worthOfByte = 1;
-// Tables of so few colours cost next to nothing: then nothing may be wrong.
-constexpr std::size_t fewColors = 16;
 
 std::vector<std::uint8_t> exactIndices(std::span<const Pixel> colors, const ColorCensus& census) {
     std::vector<std::uint8_t> indices(colors.size());
@@ -113,8 +111,8 @@ std::uint8_t ColorIndexer::sharedEntry(Pixel color) const {
 }
 
 std::optional<std::vector<std::uint8_t>> ColorIndexer::sharedEntries(const ColorCensus& census,
-                                                                     std::size_t ownColors) const {
-    const double allowed = ownColors <= fewColors ? 0 : worthOfByte * tableBytes(ownColors);
+                                                                     double savedBytes) const {
+    const double allowed = worthOfByte * savedBytes;
     double misfit = 0;
     std::vector<std::uint8_t> result;
     for (const ColorCensus::Entry& entry : census.entries()) {
@@ -129,9 +127,10 @@ std::optional<std::vector<std::uint8_t>> ColorIndexer::sharedEntries(const Color
 IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t limit) const {
     IndexedColors result;
     if (const auto census = ColorCensus::take(colors, censusLimit)) {
-        if (const auto byEntry = sharedEntries(*census, std::min(census->entries().size(), limit))) {
+        const bool fitsOwnTable = census->entries().size() <= limit;
+        if (const auto byEntry = sharedEntries(*census, fitsOwnTable ? 0 : tableBytes(limit))) {
             result.indices = entryIndices(colors, *census, *byEntry);
-        } else if (census->entries().size() <= limit) {
+        } else if (fitsOwnTable) {
             result.palette = exactPalette(*census);
             result.indices = exactIndices(colors, *census);
         } else {

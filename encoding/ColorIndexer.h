@@ -34,10 +34,10 @@ public:
 
 private:
     std::uint8_t sharedEntry(Pixel color) const;
-    // The shared entry for each colour of the census; nothing when that is not good enough to save a table of
-    // that many colours.
+    // The shared entry for each colour of the census; nothing when that is not good enough for saving so many
+    // bytes. For none it must be exact.
     std::optional<std::vector<std::uint8_t>> sharedEntries(const ColorCensus& census,
-                                                           std::size_t ownColors) const;
+                                                           double savedBytes) const;
 
     const Palette shared;
     const PaletteIndex sharedIndex;

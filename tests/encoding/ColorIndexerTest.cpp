@@ -108,7 +108,8 @@ TEST(ColorIndexer, TheFirstSharedEntryIsNoColor) {
     EXPECT_EQ(indexed.palette, (Palette{0x000000}));
 }
 
-TEST(ColorIndexer, TheSharedPaletteServesForFewPixelsNearIt) {
+TEST(ColorIndexer, TheSharedPaletteServesForFewPixelsNearItThatFitNoTable) {
+    constexpr std::size_t limit = 30;
     Palette shared{0};
     std::vector<Pixel> near;
     for (Pixel i = 0; i < 40; ++i) {
@@ -116,20 +117,30 @@ TEST(ColorIndexer, TheSharedPaletteServesForFewPixelsNearIt) {
         near.push_back(i * 0x060606 + 0x010101);
     }
     const ColorIndexer indexer(shared);
-    EXPECT_TRUE(indexer.index(near, 255).palette.empty());
+    EXPECT_TRUE(indexer.index(near, limit).palette.empty());
     // One pixel of quite another colour is worth a table.
     near.push_back(0xFF0000);
-    EXPECT_FALSE(indexer.index(near, 255).palette.empty());
+    EXPECT_FALSE(indexer.index(near, limit).palette.empty());
     near.pop_back();
     // And so are small differences of many pixels.
     near.insert(near.end(), 10'000, near.back());
-    EXPECT_FALSE(indexer.index(near, 255).palette.empty());
+    EXPECT_FALSE(indexer.index(near, limit).palette.empty());
 }
 
-TEST(ColorIndexer, ASmallTableIsAlwaysExact) {
+TEST(ColorIndexer, WhatFitsATableIsAlwaysExact) {
     const ColorIndexer indexer({0, 0xFFFFFF, 0x808080});
     const IndexedColors indexed = indexer.index(std::vector<Pixel>{0x818181, 0xFFFFFF}, 255);
     EXPECT_EQ(indexed.palette, (Palette{0x818181, 0xFFFFFF}));
+
+    Palette shared{0};
+    std::vector<Pixel> near;
+    for (Pixel i = 0; i < 250; ++i) {
+        shared.push_back(i * 0x010101);
+        near.push_back(i * 0x010101 + 1);
+    }
+    const IndexedColors large = ColorIndexer(shared).index(near, 255);
+    for (std::size_t i = 0; i < near.size(); ++i)
+        EXPECT_EQ(large.palette.at(large.indices[i]), near[i]);
 }
 
 TEST(ColorIndexer, AColorThatPrevailsInRowsAndAloneKeepsOthersInPlace) {
