@@ -81,18 +81,18 @@ public:
         xcb_flush(connection);
     }
 
-    // The pattern moved down by some rows, and the number: two requests, drawn in one go.
+    // The pattern moved down by some rows, and the number. Put together out of sight and shown by one
+    // request, so that nobody can see half of it.
     void draw(int number) {
         const int offset = number * 4 % options.height;
-        xcb_copy_area(connection, pattern, window, graphics, 0,
-                      static_cast<std::int16_t>(options.height - offset), 0, 0,
-                      static_cast<std::uint16_t>(options.width), static_cast<std::uint16_t>(options.height));
+        copy(pattern, options.height - offset, back);
         std::vector<xcb_rectangle_t> squares[2];
         for (int bit = 0; bit < FrameCounter::bits; ++bit)
             squares[number >> bit & 1].push_back({static_cast<std::int16_t>(bit * FrameCounter::side), 0,
                                                   FrameCounter::side, FrameCounter::side});
-        fill(window, screen->black_pixel, squares[0]);
-        fill(window, screen->white_pixel, squares[1]);
+        fill(back, screen->black_pixel, squares[0]);
+        fill(back, screen->white_pixel, squares[1]);
+        copy(back, 0, window);
         xcb_flush(connection);
     }
 
@@ -115,12 +115,21 @@ private:
                                 rects.data());
     }
 
+    void copy(xcb_drawable_t from, int top, xcb_drawable_t to) {
+        xcb_copy_area(connection, from, to, graphics, 0, static_cast<std::int16_t>(top), 0, 0,
+                      static_cast<std::uint16_t>(options.width), static_cast<std::uint16_t>(options.height));
+    }
+
     // Blocks, bars and dots of many colours, twice as high as the window.
     void makePattern() {
         pattern = xcb_generate_id(connection);
         xcb_create_pixmap(connection, screen->root_depth, pattern, window,
                           static_cast<std::uint16_t>(options.width),
                           static_cast<std::uint16_t>(options.height * 2));
+        back = xcb_generate_id(connection);
+        xcb_create_pixmap(connection, screen->root_depth, back, window,
+                          static_cast<std::uint16_t>(options.width),
+                          static_cast<std::uint16_t>(options.height));
         std::mt19937 random(7);
         for (int i = 0; i < options.width * options.height / 300; ++i) {
             const auto width = static_cast<std::uint16_t>(1 + random() % 60);
@@ -140,6 +149,7 @@ private:
     xcb_window_t window = 0;
     xcb_gcontext_t graphics = 0;
     xcb_pixmap_t pattern = 0;
+    xcb_pixmap_t back = 0;
 };
 
 } // namespace
