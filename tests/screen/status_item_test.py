@@ -81,14 +81,14 @@ class StatusItemTest(ScreenTest):
         return None
 
     def picture(self):
-        left, top, width, height = self.item()
+        left, top, width, height = wait_for(self.item, "the item")
         return ImageGrab.grab(bbox=(left, top, left + width, top + height), xdisplay="").convert("RGB")
 
     def count(self, picture, color):
         return sum(pixel == color for pixel in picture.getdata())
 
     def click_item(self, number=1):
-        left, top, width, height = self.item()
+        left, top, width, height = wait_for(self.item, "the item")
         self.desktop.click(left + width - height // 2, top + height // 2, number)
 
     def menu(self):

@@ -14,6 +14,10 @@ namespace clipwren {
 // be computed alone and comes out as in the whole picture, bit for bit. A flat colour stays what it is.
 //
 // The alpha channel is averaged like the colours.
+//
+// Why not a library: libyuv is faster (0.15 against 0.6 ms for 1600 x 900 to 800 x 450) but averages areas at
+// few ratios only; at others its picture is 13 to 29 dB from the mean where this one's is 53 dB. pixman's box
+// filter takes 5 to 16 ms and its bilinear one skips source pixels.
 class AreaScaler {
 public:
     // Both sizes are at least 1 x 1.
