@@ -131,7 +131,7 @@ class StatusItemTest(ScreenTest):
         for round_number in range(2):
             pattern.go() if round_number == 0 else None
             self.record()
-            wait_for(lambda: self.item()[2] > idle[2] + 30, "room for the text")
+            wait_for(lambda: (self.item() or (0, 0, 0, 0))[2] > idle[2] + 30, "room for the text")
             wait_for(lambda: self.count(self.picture(), RED) > 50, "the red picture")
             first = self.picture()
             shoot("recording")
@@ -141,7 +141,7 @@ class StatusItemTest(ScreenTest):
             self.click_item(1 + round_number)
             self.assertIsNone(self.menu(), "a click while recording opens no menu")
             clipwren.wait_for_gif()
-            wait_for(lambda: self.item()[2] == idle[2], "the item without text")
+            wait_for(lambda: (self.item() or (0, 0, 0, 0))[2] == idle[2], "the item without text")
             self.assertEqual(self.count(self.picture(), RED), 0)
         self.assertTrue(self.desktop.bare())
 
@@ -190,7 +190,7 @@ class StatusItemTest(ScreenTest):
         wait_for(lambda: not self.item(), "the item's end")
         panel.start()
         wait_for(self.item, "the item in the third panel")
-        wait_for(lambda: self.item()[2] > 50, "room for the text")
+        wait_for(lambda: (self.item() or (0, 0, 0, 0))[2] > 50, "room for the text")
         wait_for(lambda: self.count(self.picture(), RED) > 50, "the red picture")
         self.click_item()
         clipwren.wait_for_gif()
