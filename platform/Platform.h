@@ -6,6 +6,7 @@ class Alerts;
 class Application;
 class BackgroundQueue;
 class Canvases;
+class Files;
 class Folders;
 class HotKeys;
 class Log;
@@ -26,6 +27,7 @@ struct Platform {
     Application& application;
     BackgroundQueue& backgroundQueue;
     Canvases& canvases;
+    Files& files;
     Folders& folders;
     HotKeys& hotKeys;
     Log& log;

@@ -1,5 +1,7 @@
 #include "platform/linux/Files.h"
 
+#include "platform/linux/Descriptor.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
@@ -11,22 +13,6 @@
 namespace clipwren {
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number(number) {}
-    ~Descriptor() {
-        if (number >= 0) close(number);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return number; }
-    explicit operator bool() const { return number >= 0; }
-
-private:
-    int number;
-};
 
 // Where a chain of symbolic links ends, whether or not something is there. Empty for an endless chain.
 std::filesystem::path endOfLinks(std::filesystem::path file) {
@@ -43,16 +29,6 @@ bool makeFolder(const std::filesystem::path& folder) {
     std::error_code error;
     std::filesystem::create_directories(folder.parent_path(), error);
     return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST;
-}
-
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto count = write(descriptor, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
 }
 
 } // namespace
@@ -90,8 +66,8 @@ bool replaceFile(const std::filesystem::path& file, std::string_view bytes,
     std::string temporary = target.string() + ".XXXXXX";
     const Descriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));
     if (!descriptor) return false;
-    const bool isReplaced = writeAll(descriptor.get(), bytes) && fchmod(descriptor.get(), mode) == 0 &&
-                            fsync(descriptor.get()) == 0 &&
+    const bool isReplaced = descriptor.writeAll(bytes.data(), bytes.size()) &&
+                            fchmod(descriptor.get(), mode) == 0 && fsync(descriptor.get()) == 0 &&
                             (setAside.empty() || rename(target.c_str(), setAside.c_str()) == 0) &&
                             rename(temporary.c_str(), target.c_str()) == 0;
     if (!isReplaced) {

@@ -2,6 +2,7 @@
 
 #include "platform/linux/IniStore.h"
 #include "platform/linux/OwnExecutable.h"
+#include "platform/linux/PosixFiles.h"
 #include "platform/linux/SyslogLog.h"
 #include "platform/linux/ThreadBackgroundQueue.h"
 #include "platform/linux/UnaskedEnd.h"
@@ -85,6 +86,7 @@ struct LinuxPlatform::Parts {
     const std::unique_ptr<QApplication> toolkit;
     const std::unique_ptr<X11Connection> display;
     SyslogLog log;
+    PosixFiles files;
     XdgFolders folders;
     IniStore store{folders.configuration() / "clipwren" / "clipwren.ini"};
     XdgLoginItem loginItem{folders.configuration(), ownExecutable()};
@@ -102,9 +104,9 @@ struct LinuxPlatform::Parts {
     LinuxStatusBar statusBar{*display, screens};
     QtSettingsViews settingsViews;
 
-    const Platform ports{alerts,        application, backgroundQueue, canvases,   folders,       hotKeys,
-                         log,           loginItem,   mainQueue,       pasteboard, screenCapture, screens,
-                         settingsViews, statusBar,   store,           windows,    workspace};
+    const Platform ports{alerts,  application,   backgroundQueue, canvases,  files,      folders,
+                         hotKeys, log,           loginItem,       mainQueue, pasteboard, screenCapture,
+                         screens, settingsViews, statusBar,       store,     windows,    workspace};
 };
 
 Expected<std::unique_ptr<LinuxPlatform>, PlatformError> LinuxPlatform::connect(int& argc, char** argv) {

@@ -3,6 +3,7 @@
 #include "app/HotKey.h"
 #include "platform/Platform.h"
 #include "tests/fakes/FakeCanvas.h"
+#include "tests/fakes/FakeFiles.h"
 #include "tests/fakes/FakeFolders.h"
 #include "tests/fakes/FakeHotKeys.h"
 #include "tests/fakes/FakeMainQueue.h"
@@ -22,6 +23,7 @@ struct FakePlatform {
     FakeApplication application;
     FakeBackgroundQueue backgroundQueue;
     FakeCanvases canvases;
+    FakeFiles files;
     FakeFolders folders;
     FakeHotKeys hotKeys;
     FakeLog log;
@@ -35,9 +37,9 @@ struct FakePlatform {
     FakeWindows windows;
     FakeWorkspace workspace;
 
-    Platform ports{alerts,        application, backgroundQueue, canvases,   folders,       hotKeys,
-                   log,           loginItem,   mainQueue,       pasteboard, screenCapture, screens,
-                   settingsViews, statusBar,   store,           windows,    workspace};
+    Platform ports{alerts,  application,   backgroundQueue, canvases,  files,      folders,
+                   hotKeys, log,           loginItem,       mainQueue, pasteboard, screenCapture,
+                   screens, settingsViews, statusBar,       store,     windows,    workspace};
 
     ~FakePlatform() {
         // Waiting work may hold objects of the core, which need the ports until they are gone.
