@@ -54,6 +54,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     setupStatusItem();
     setupHotKey();
     if (!mayCaptureScreen()) openSettings();
+    // Not on this thread: the folder may lie on a drive that takes its time.
+    platform.backgroundQueue.async(
+        [&ports = platform] { GifEncoder::removeAbandonedRecordings(ports.folders, ports.files); });
 }
 
 void AppDelegate::applicationShouldHandleReopen() { openSettings(); }
@@ -168,7 +171,8 @@ void AppDelegate::stopRecording() {
 
 void AppDelegate::encodeAndCopy(std::vector<RecordedFrame> frames) {
     platform.backgroundQueue.async([self = shared_from_this(), frames = std::move(frames)]() mutable {
-        const auto result = GifEncoder::encode(frames, self->platform.folders, self->platform.canvases);
+        const auto result =
+            GifEncoder::encode(frames, self->platform.folders, self->platform.files, self->platform.canvases);
         frames.clear();
         // The delegate itself goes back to the main thread: it must not end on this one.
         MainQueue& mainQueue = self->platform.mainQueue;
@@ -198,7 +202,8 @@ void AppDelegate::showAlert(const std::string& informativeText) {
 
 void AppDelegate::saveBeforeExit() {
     if (!recorder) return;
-    const auto result = GifEncoder::encode(recorder->stopNow(), platform.folders, platform.canvases);
+    const auto result =
+        GifEncoder::encode(recorder->stopNow(), platform.folders, platform.files, platform.canvases);
     recorder = nullptr;
     if (result)
         logSavedFile("GIF saved before the program ended", *result);

@@ -7,7 +7,7 @@
 // into block-shared images, as the recorder hands them over; that is timed by itself.
 
 #include "encoding/AnimationWriter.h"
-#include "encoding/FileSink.h"
+#include "encoding/ByteSink.h"
 #include "encoding/RecordedAnimation.h"
 
 #ifdef CLIPWREN_BENCHMARK_STAMPS
@@ -96,6 +96,23 @@ double peakMemory() {
     return static_cast<double>(usage.ru_maxrss) / 1024;
 }
 
+class StreamSink : public ByteSink {
+public:
+    explicit StreamSink(const char* path) : file(path, std::ios::binary) {}
+
+    void write(std::span<const std::uint8_t> bytes) override {
+        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    bool good() const override { return file.good(); }
+    bool close() {
+        file.close();
+        return good();
+    }
+
+private:
+    std::ofstream file;
+};
+
 int encode(const Options& options, Canvases* canvases) {
     const double start = seconds();
     const std::vector<RecordedFrame> frames = read(options);
@@ -107,9 +124,9 @@ int encode(const Options& options, Canvases* canvases) {
     const double processorBefore = processorSeconds();
     const double read = seconds();
 
-    const std::unique_ptr<FileSink> file = FileSink::create(options.out);
-    const bool written = file && writeAnimation(recordedAnimation(frames, canvases), *file, options.threads);
-    if (!written || !file->close()) {
+    StreamSink file(options.out);
+    const bool written = writeAnimation(recordedAnimation(frames, canvases), file, options.threads);
+    if (!written || !file.close()) {
         std::fprintf(stderr, "%s could not be written\n", options.out);
         return 1;
     }

@@ -11,6 +11,7 @@
 namespace clipwren {
 
 class Canvases;
+class Files;
 class Folders;
 
 // Turns the frames of a finished recording into a GIF file in the user's pictures folder. Any thread.
@@ -23,10 +24,14 @@ public:
     static std::filesystem::path outputDirectory(const Folders& folders);
 
     // Writes a looping GIF of all frames, in their order and each with the badge, named by the local time of
-    // this call, and returns its path. A file of that name is replaced; after a failure a partial file may
-    // stay.
+    // this call, and returns its path. A file of that name is replaced, in one step and only at the end.
+    // After a failure to write it a partial file has that name.
     static Expected<std::filesystem::path, GifEncoderError>
-    encode(std::span<const RecordedFrame> frames, const Folders& folders, Canvases& canvases);
+    encode(std::span<const RecordedFrame> frames, const Folders& folders, Files& files, Canvases& canvases);
+
+    // Removes what a Clipwren has left in the folder that was ended in the midst of `encode`, but nothing of
+    // a living one. Makes no folder.
+    static void removeAbandonedRecordings(const Folders& folders, Files& files);
 };
 
 } // namespace clipwren

@@ -11,10 +11,13 @@ constexpr const char* legacyFolderName = "ClipWren";
 
 } // namespace
 
+std::filesystem::path outputFolderPath(const Folders& folders) {
+    return folders.pictures().value_or(folders.home() / "Pictures") / folderName;
+}
+
 std::filesystem::path outputFolder(const Folders& folders) {
-    const std::filesystem::path base = folders.pictures().value_or(folders.home() / "Pictures");
-    const std::filesystem::path target = base / folderName;
-    const std::filesystem::path legacy = base / legacyFolderName;
+    std::filesystem::path target = outputFolderPath(folders);
+    const std::filesystem::path legacy = target.parent_path() / legacyFolderName;
     std::error_code ignored;
     if (std::filesystem::exists(legacy, ignored) && !std::filesystem::exists(target, ignored))
         std::filesystem::rename(legacy, target, ignored);

@@ -11,6 +11,9 @@ namespace clipwren {
 // spelling is renamed. Failures of the file system are ignored: the path is returned all the same.
 std::filesystem::path outputFolder(const Folders& folders);
 
+// Where that folder is, or would be.
+std::filesystem::path outputFolderPath(const Folders& folders);
+
 // The name of a recording that is encoded at that time.
 std::string recordingFileName(const LocalTime& time);
 

@@ -24,6 +24,7 @@ protected:
         platform.folders.homeFolder = home.path();
         delegate->applicationDidFinishLaunching();
         platform.mainQueue.run();
+        platform.backgroundQueue.run();
     }
 
     enum class Looks { idle, selecting, recording, encoding };
@@ -79,6 +80,22 @@ protected:
         return false;
     }
 };
+
+TEST_F(AppDelegateTest, TheStartRemovesWhatAKilledOneHasLeftInTheBackground) {
+    const auto output = expectedFile().parent_path();
+    EXPECT_FALSE(std::filesystem::exists(output)) << "looking makes no folder";
+    std::filesystem::create_directories(output);
+    const auto left = output / ".clipwren-recording-0123456789abcdef.part";
+    std::ofstream(left) << "half a GIF";
+    std::ofstream(output / "mine.gif") << "mine";
+
+    const auto next = AppDelegate::create(platform.ports);
+    next->applicationDidFinishLaunching();
+    EXPECT_TRUE(std::filesystem::exists(left));
+    platform.backgroundQueue.run();
+    EXPECT_FALSE(std::filesystem::exists(left));
+    EXPECT_TRUE(std::filesystem::exists(output / "mine.gif"));
+}
 
 TEST_F(AppDelegateTest, StartsIdleWithItsMenuAndHotKey) {
     EXPECT_EQ(looks(), Looks::idle);

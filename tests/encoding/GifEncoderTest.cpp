@@ -2,6 +2,7 @@
 
 #include "encoding/Watermark.h"
 #include "tests/fakes/FakeCanvas.h"
+#include "tests/fakes/FakeFiles.h"
 #include "tests/fakes/FakeFolders.h"
 #include "tests/support/DecodedGif.h"
 #include "tests/support/TemporaryFolder.h"
@@ -28,7 +29,7 @@ protected:
     }
 
     DecodedGif encoded(const std::vector<RecordedFrame>& frames) {
-        const auto path = GifEncoder::encode(frames, folders, canvases);
+        const auto path = GifEncoder::encode(frames, folders, files, canvases);
         EXPECT_TRUE(path);
         return path ? DecodedGif::read(*path) : DecodedGif{};
     }
@@ -41,19 +42,20 @@ protected:
     }
 
     TemporaryFolder folder;
+    FakeFiles files;
     FakeFolders folders;
     FakeCanvases canvases;
 };
 
 TEST_F(GifEncoderTest, NoFramesLeaveNoTrace) {
-    const auto result = GifEncoder::encode({}, folders, canvases);
+    const auto result = GifEncoder::encode({}, folders, files, canvases);
     ASSERT_FALSE(result);
     EXPECT_EQ(result.error(), GifEncoderError::noFrames);
     EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
 TEST_F(GifEncoderTest, TheFileIsNamedByTheLocalTime) {
-    const auto path = GifEncoder::encode(std::vector{frame(0)}, folders, canvases);
+    const auto path = GifEncoder::encode(std::vector{frame(0)}, folders, files, canvases);
     ASSERT_TRUE(path);
     EXPECT_EQ(*path, folder.path() / "Pictures" / "Clipwren" / "Recording_2024-03-09_14-05-31.gif");
     EXPECT_TRUE(fs::is_regular_file(*path));
@@ -103,8 +105,8 @@ TEST_F(GifEncoderTest, AFrameThatCannotBeStampedIsWrittenAsItIs) {
 }
 
 TEST_F(GifEncoderTest, TheSameSecondMeansTheSameFile) {
-    const auto first = GifEncoder::encode(std::vector{frame(0), frame(100)}, folders, canvases);
-    const auto second = GifEncoder::encode(std::vector{frame(0)}, folders, canvases);
+    const auto first = GifEncoder::encode(std::vector{frame(0), frame(100)}, folders, files, canvases);
+    const auto second = GifEncoder::encode(std::vector{frame(0)}, folders, files, canvases);
     ASSERT_TRUE(first && second);
     EXPECT_EQ(*first, *second);
     EXPECT_EQ(DecodedGif::read(*second).frames.size(), 1u);
@@ -112,7 +114,7 @@ TEST_F(GifEncoderTest, TheSameSecondMeansTheSameFile) {
 
 TEST_F(GifEncoderTest, AFolderInTheWayIsADestinationFailure) {
     fs::create_directories(folder.path() / "Pictures" / "Clipwren" / "Recording_2024-03-09_14-05-31.gif");
-    const auto result = GifEncoder::encode(std::vector{frame(0)}, folders, canvases);
+    const auto result = GifEncoder::encode(std::vector{frame(0)}, folders, files, canvases);
     ASSERT_FALSE(result);
     EXPECT_EQ(result.error(), GifEncoderError::destinationFailure);
 }
@@ -120,19 +122,22 @@ TEST_F(GifEncoderTest, AFolderInTheWayIsADestinationFailure) {
 TEST_F(GifEncoderTest, AFileInPlaceOfTheFolderIsADestinationFailure) {
     fs::create_directories(folder.path() / "Pictures");
     std::ofstream(folder.path() / "Pictures" / "Clipwren") << "in the way";
-    const auto result = GifEncoder::encode(std::vector{frame(0)}, folders, canvases);
+    const auto result = GifEncoder::encode(std::vector{frame(0)}, folders, files, canvases);
     ASSERT_FALSE(result);
     EXPECT_EQ(result.error(), GifEncoderError::destinationFailure);
 }
 
 TEST_F(GifEncoderTest, AFullDiskIsAFinalizeFailure) {
-    if (!fs::exists("/dev/full")) GTEST_SKIP() << "this system has no /dev/full";
-    fs::create_directories(folder.path() / "Pictures" / "Clipwren");
-    fs::create_symlink("/dev/full",
-                       folder.path() / "Pictures" / "Clipwren" / "Recording_2024-03-09_14-05-31.gif");
-    const auto result = GifEncoder::encode(std::vector{frame(0)}, folders, canvases);
+    files.faultyOperation = 2;
+    files.fault = FakeFiles::Fault::forGood;
+    const auto result = GifEncoder::encode(std::vector{frame(0)}, folders, files, canvases);
     ASSERT_FALSE(result);
     EXPECT_EQ(result.error(), GifEncoderError::finalizeFailure);
+}
+
+TEST_F(GifEncoderTest, LookingForAbandonedRecordingsMakesNoFolder) {
+    GifEncoder::removeAbandonedRecordings(folders, files);
+    EXPECT_TRUE(fs::is_empty(folder.path()));
 }
 
 TEST(GifEncoderErrors, DescribeThemselves) {
