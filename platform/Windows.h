@@ -32,7 +32,7 @@ struct CoveringWindowOptions {
     WindowLevel level = WindowLevel::screenSaver;
     bool ignoresMouseEvents = false; // true: clicks, wheel and keys reach what lies below
     bool acceptsMouseMovedEvents = false;
-    bool canBecomeKey = false; // whether keys may be sent to it; never takes the focus from the user's window
+    bool canBecomeKey = false; // whether keys are kept for it; never takes the focus from the user's window
     unsigned collectionBehavior = 0;
     WindowSharing sharing = WindowSharing::none;
 };
@@ -71,6 +71,8 @@ public:
     // content paints.
     virtual void setHole(const std::optional<Rect>& hole) = 0;
 
+    // A window that can become key keeps the keys for its program from before it can be seen: those pressed
+    // until the key monitor is there are offered to that.
     virtual void makeKeyAndOrderFront() = 0;
     virtual void orderFrontRegardless() = 0;
 

@@ -18,6 +18,7 @@ constexpr double arrival = 0.05; // seconds in which events have surely come
 struct X11Subject {
     std::unique_ptr<X11Connection> connection = std::move(*X11Connection::open());
     X11HotKeys x11HotKeys{*connection};
+    X11KeyboardGrab keyboardGrab{*connection};
     SyntheticInput user;
 
     HotKeys& hotKeys() { return x11HotKeys; }
@@ -88,10 +89,11 @@ TEST_F(X11HotKeysTest, IsNotPressedAgainByAHeldKey) {
 
 TEST_F(X11HotKeysTest, IsHeardWhileKeysAreMonitored) {
     int monitored = 0;
-    auto monitor = X11KeyMonitor::create(*subject.connection, [&](std::uint32_t keyCode) {
-        monitored += keyCode == KeyCode::g ? 1 : 0;
-        return false;
-    });
+    auto monitor =
+        X11KeyMonitor::create(*subject.connection, subject.keyboardGrab, [&](std::uint32_t keyCode) {
+            monitored += keyCode == KeyCode::g ? 1 : 0;
+            return false;
+        });
     ASSERT_TRUE(monitor);
     subject.press(both);
     EXPECT_EQ(presses, 1);
@@ -101,7 +103,8 @@ TEST_F(X11HotKeysTest, IsHeardWhileKeysAreMonitored) {
 }
 
 TEST_F(X11HotKeysTest, IsHeardAgainAfterAGrabEndedWhileItWasDown) {
-    auto monitor = X11KeyMonitor::create(*subject.connection, [](std::uint32_t) { return false; });
+    auto monitor =
+        X11KeyMonitor::create(*subject.connection, subject.keyboardGrab, [](std::uint32_t) { return false; });
     ASSERT_TRUE(monitor);
     subject.x11HotKeys.installEventHandler([&](std::optional<HotKeyID>) {
         ++presses;

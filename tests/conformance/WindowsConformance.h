@@ -175,6 +175,22 @@ TYPED_TEST_P(WindowsConformance, MonitorsKeys) {
     EXPECT_EQ(keys.size(), 2u);
 }
 
+TYPED_TEST_P(WindowsConformance, KeepsKeysForTheMonitorFromTheMomentAWindowIsShown) {
+    const auto window = this->subject.windows().makeCoveringWindow(this->options());
+    ASSERT_TRUE(window);
+    window->setContent(this->content);
+    window->makeKeyAndOrderFront();
+    this->subject.tap(KeyCode::escape);
+    std::vector<std::uint32_t> keys;
+    const auto monitor = this->subject.windows().monitorKeyDown([&](std::uint32_t keyCode) {
+        keys.push_back(keyCode);
+        return true;
+    });
+    ASSERT_TRUE(monitor);
+    this->subject.settle();
+    EXPECT_EQ(keys, (std::vector<std::uint32_t>{KeyCode::escape}));
+}
+
 TYPED_TEST_P(WindowsConformance, AKeyMonitorCanEndItself) {
     std::unique_ptr<KeyMonitor> monitor;
     int calls = 0;
@@ -197,6 +213,7 @@ TYPED_TEST_P(WindowsConformance, AKeyMonitorCanEndItself) {
 REGISTER_TYPED_TEST_SUITE_P(WindowsConformance, NumbersItsWindows, TellsADrag, ADragGoesOnBeyondTheEdges,
                             AClickIsNoDrag, AsksForTheCursorWhenShown, AWindowThatIgnoresTheMouseHearsNothing,
                             AHiddenWindowHearsNothing, CanBeDestroyedByItsOwnContent, OutlivesItsContent,
-                            MonitorsKeys, AKeyMonitorCanEndItself);
+                            MonitorsKeys, KeepsKeysForTheMonitorFromTheMomentAWindowIsShown,
+                            AKeyMonitorCanEndItself);
 
 } // namespace clipwren

@@ -26,7 +26,7 @@ struct FakeSubject {
         if (const auto target = std::exchange(pressed, nullptr)) target->mouseUp(pointer);
     }
     void tap(std::uint32_t keyCode) { fake.pressKey(keyCode); }
-    void settle() {}
+    void settle() { fake.handOutKeptKeys(); }
 };
 
 } // namespace

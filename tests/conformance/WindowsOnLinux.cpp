@@ -348,6 +348,43 @@ TEST_F(X11WindowsTest, PaintsAgainWhatWasCovered) {
     EXPECT_TRUE(runEventLoopUntil([&] { return user.look(subject.native({0, 0, 400, 300})) == before; }));
 }
 
+// Every key from the moment a key window may be seen, until it has gone or the monitor has ended.
+TEST_F(X11WindowsTest, NoKeySlipsPastAKeyWindow) {
+    xcb_set_input_focus(user.raw(), XCB_INPUT_FOCUS_PARENT, below.id, XCB_CURRENT_TIME);
+    user.tap(SyntheticInput::escape);
+    subject.settle();
+    ASSERT_EQ(below.count(XCB_KEY_PRESS), 1);
+    const CoveringWindowOptions options{.contentRect = subject.frame(), .canBecomeKey = true};
+    const auto first = subject.windows().makeCoveringWindow(options);
+    const auto second = subject.windows().makeCoveringWindow(options);
+    first->makeKeyAndOrderFront();
+    user.tap(SyntheticInput::escape);
+    second->makeKeyAndOrderFront();
+    user.tap(SyntheticInput::escape);
+    first->orderOut();
+    user.tap(SyntheticInput::escape);
+    subject.settle();
+    EXPECT_EQ(below.count(XCB_KEY_PRESS), 0);
+    second->orderOut();
+    user.tap(SyntheticInput::escape);
+    subject.settle();
+    EXPECT_EQ(below.count(XCB_KEY_PRESS), 1) << "nobody needs the keyboard any more";
+
+    first->makeKeyAndOrderFront();
+    auto monitor = subject.windows().monitorKeyDown([](std::uint32_t) { return false; });
+    ASSERT_TRUE(monitor);
+    first->orderOut();
+    user.tap(SyntheticInput::escape);
+    subject.settle();
+    EXPECT_EQ(below.count(XCB_KEY_PRESS), 0) << "it is monitored still";
+    second->makeKeyAndOrderFront();
+    monitor = nullptr;
+    user.tap(SyntheticInput::escape);
+    subject.settle();
+    EXPECT_EQ(below.count(XCB_KEY_PRESS), 1)
+        << "keys go back when their monitor ends, not when the window goes";
+}
+
 TEST_F(X11WindowsTest, RefusesTheKeyboardThatAnotherHas) {
     const auto reply =
         owned(xcb_grab_keyboard_reply(user.raw(),

@@ -116,9 +116,20 @@ std::vector<std::shared_ptr<FakeWindowState>> FakeWindows::visible() const {
     return result;
 }
 
-bool FakeWindows::pressKey(std::uint32_t keyCode) const {
+bool FakeWindows::pressKey(std::uint32_t keyCode) {
     const auto handler = keyHandler; // The handler may end the monitor that holds it.
-    return handler && handler(keyCode);
+    if (handler) return handler(keyCode);
+    for (const auto& window : visible())
+        if (window->wasMadeKey) {
+            keptKeys.push_back(keyCode);
+            break;
+        }
+    return false;
+}
+
+void FakeWindows::handOutKeptKeys() {
+    for (const std::uint32_t keyCode : std::exchange(keptKeys, {}))
+        if (const auto handler = keyHandler) handler(keyCode);
 }
 
 } // namespace clipwren

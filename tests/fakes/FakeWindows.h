@@ -50,12 +50,16 @@ public:
     std::unique_ptr<KeyMonitor> monitorKeyDown(std::function<bool(std::uint32_t)> handler) override;
 
     std::vector<std::shared_ptr<FakeWindowState>> visible() const;
-    // True when the monitor swallowed the key; false also without one.
-    bool pressKey(std::uint32_t keyCode) const;
+    // True when the monitor swallowed the key; false also without one. Without one a key window keeps the
+    // key.
+    bool pressKey(std::uint32_t keyCode);
+    // Offers the kept keys to the monitor, as an event loop does once it goes on.
+    void handOutKeptKeys();
 
 private:
     friend class FakeKeyMonitor;
     std::function<bool(std::uint32_t)> keyHandler;
+    std::vector<std::uint32_t> keptKeys;
 };
 
 } // namespace clipwren

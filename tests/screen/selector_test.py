@@ -90,6 +90,24 @@ class Selector(desktop.ScreenTest):
         desktop.wait_for(lambda: code in window.presses("key"), "the key")
         self.assertNotIn(self.desktop.display.keysym_to_keycode(0xff1b), window.presses("key"), "Escape is swallowed")
 
+    def test_escape_at_the_first_sight_cancels(self):
+        # Whoever sees the selector and presses Escape means the selector, however quick they are.
+        window = self.pattern(200, 200, 300, 200)
+        self.desktop.click(250, 250)
+        escape = self.desktop.display.keysym_to_keycode(0xff1b)
+        for _ in range(30):
+            self.desktop.hot_key()
+            limit = time.monotonic() + desktop.PATIENCE
+            while not self.desktop.covering_windows():
+                self.assertLess(time.monotonic(), limit, "no selector")
+            self.desktop.key(escape)
+            desktop.wait_for(self.desktop.bare, "the selector to go")
+        self.desktop.keysym("x")
+        last = self.desktop.display.keysym_to_keycode(ord("x"))
+        desktop.wait_for(lambda: last in window.presses("key"), "the last key")
+        self.assertEqual(window.presses("key").count(escape), 0, "Escape reached the window below")
+        self.ends_idle()
+
     def test_what_a_drag_looks_like(self):
         self.pattern(150, 112, 680, 396)
         self.desktop.move(1000, 900)

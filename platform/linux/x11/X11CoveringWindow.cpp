@@ -1,5 +1,6 @@
 #include "platform/linux/x11/X11CoveringWindow.h"
 
+#include "platform/linux/x11/X11KeyboardGrab.h"
 #include "platform/linux/x11/X11WindowStack.h"
 
 #include <chrono>
@@ -17,16 +18,19 @@ constexpr auto uncoveringTime = std::chrono::milliseconds(150);
 } // namespace
 
 std::unique_ptr<X11CoveringWindow> X11CoveringWindow::create(const Surroundings& surroundings,
-                                                             const X11CoverSurface::Place& place) {
+                                                             const X11CoverSurface::Place& place,
+                                                             bool canBecomeKey) {
     auto surface = X11CoverSurface::create(surroundings.connection, surroundings.compositor, place);
     if (!surface) return nullptr;
-    return std::unique_ptr<X11CoveringWindow>(new X11CoveringWindow(surroundings, place, std::move(surface)));
+    return std::unique_ptr<X11CoveringWindow>(
+        new X11CoveringWindow(surroundings, place, canBecomeKey, std::move(surface)));
 }
 
 X11CoveringWindow::X11CoveringWindow(const Surroundings& surroundings, const X11CoverSurface::Place& place,
-                                     std::unique_ptr<X11CoverSurface> firstSurface)
+                                     bool canBecomeKey, std::unique_ptr<X11CoverSurface> firstSurface)
     : surroundings(surroundings),
       place(place),
+      canBecomeKey(canBecomeKey),
       surface(std::move(firstSurface)),
       shown(surroundings.face) {
     displaying.setSingleShot(true);
@@ -57,7 +61,11 @@ void X11CoveringWindow::setHole(const std::optional<Rect>& newHole) {
     if (surface) surface->setHole(hole);
 }
 
-void X11CoveringWindow::makeKeyAndOrderFront() { orderFrontRegardless(); }
+void X11CoveringWindow::makeKeyAndOrderFront() {
+    // Before anything can be seen: who sees the window and presses a key means the window.
+    if (canBecomeKey) surroundings.keyboardGrab.hold(this);
+    orderFrontRegardless();
+}
 
 void X11CoveringWindow::orderFrontRegardless() {
     if (std::exchange(isOrderedIn, true)) return;
@@ -66,6 +74,7 @@ void X11CoveringWindow::orderFrontRegardless() {
 
 void X11CoveringWindow::orderOut() {
     isOrderedIn = false;
+    surroundings.keyboardGrab.letGo(this);
     takeDown();
 }
 

@@ -13,6 +13,7 @@
 
 namespace clipwren {
 
+class X11KeyboardGrab;
 class X11WindowStack;
 
 // A covering window on an X server. Its surface is made anew when a compositor starts or ends; its number
@@ -24,13 +25,14 @@ public:
         X11Connection& connection;
         X11Compositor& compositor;
         X11WindowStack& stack;
+        X11KeyboardGrab& keyboardGrab;
         QFont face;
         xcb_cursor_t crosshair = XCB_NONE;
     };
 
     // Null when the server refuses.
     static std::unique_ptr<X11CoveringWindow> create(const Surroundings& surroundings,
-                                                     const X11CoverSurface::Place& place);
+                                                     const X11CoverSurface::Place& place, bool canBecomeKey);
     ~X11CoveringWindow() override;
 
     std::int64_t windowNumber() const override;
@@ -44,7 +46,7 @@ public:
 
 private:
     X11CoveringWindow(const Surroundings& surroundings, const X11CoverSurface::Place& place,
-                      std::unique_ptr<X11CoverSurface> firstSurface);
+                      bool canBecomeKey, std::unique_ptr<X11CoverSurface> firstSurface);
     bool handle(const xcb_generic_event_t& event);
     void repaint(const xcb_expose_event_t& event);
     CanvasRecording record() const;
@@ -56,6 +58,7 @@ private:
 
     const Surroundings& surroundings;
     const X11CoverSurface::Place place;
+    const bool canBecomeKey;
     std::unique_ptr<X11CoverSurface> surface;
     std::weak_ptr<CoveringWindowContent> content;
     std::optional<PixelRect> hole;

@@ -27,9 +27,11 @@ X11Windows::X11Windows(X11Connection& connection)
     : connection(connection),
       compositor(connection),
       stack(connection),
+      keyboardGrab(connection),
       surroundings{.connection = connection,
                    .compositor = compositor,
                    .stack = stack,
+                   .keyboardGrab = keyboardGrab,
                    .face = interfaceFont(),
                    .crosshair = loadCrosshair(connection)} {}
 
@@ -44,11 +46,12 @@ std::unique_ptr<CoveringWindow> X11Windows::makeCoveringWindow(const CoveringWin
         screenWithFrame(readScreens(connection.raw(), connection.screen()), options.contentRect);
     if (!screen) return nullptr;
     return X11CoveringWindow::create(surroundings,
-                                     {.screen = *screen, .ignoresMouseEvents = options.ignoresMouseEvents});
+                                     {.screen = *screen, .ignoresMouseEvents = options.ignoresMouseEvents},
+                                     options.canBecomeKey);
 }
 
 std::unique_ptr<KeyMonitor> X11Windows::monitorKeyDown(std::function<bool(std::uint32_t keyCode)> handler) {
-    return X11KeyMonitor::create(connection, std::move(handler));
+    return X11KeyMonitor::create(connection, keyboardGrab, std::move(handler));
 }
 
 } // namespace clipwren

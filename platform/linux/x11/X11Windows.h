@@ -2,6 +2,7 @@
 
 #include "platform/Windows.h"
 #include "platform/linux/x11/X11CoveringWindow.h"
+#include "platform/linux/x11/X11KeyboardGrab.h"
 #include "platform/linux/x11/X11WindowStack.h"
 
 #include <QFont>
@@ -30,6 +31,7 @@ private:
     X11Connection& connection;
     X11Compositor compositor;
     X11WindowStack stack;
+    X11KeyboardGrab keyboardGrab;
     X11CoveringWindow::Surroundings surroundings;
 };
 
