@@ -8,11 +8,31 @@
 
 namespace clipwren {
 
+namespace {
+
+// Laid over every pixel, so that an undefined alpha becomes an opaque one.
+Pixel alphaBits(Image::Alpha alpha) { return alpha == Image::Alpha::undefined ? 0xFF000000 : 0; }
+
+// Both without a branch in the loop, for the sake of vector code.
+void copyRow(const Pixel* from, Pixel* to, int count, Pixel bits) {
+    for (int i = 0; i < count; ++i)
+        to[i] = from[i] | bits;
+}
+
+bool rowsDiffer(const Pixel* from, const Pixel* to, int count, Pixel bits) {
+    Pixel difference = 0;
+    for (int i = 0; i < count; ++i)
+        difference |= (from[i] | bits) ^ to[i];
+    return difference != 0;
+}
+
+} // namespace
+
 Image::Image(PixelSize size, std::shared_ptr<const BlockTable> blocks)
     : size(size),
       blocks(std::move(blocks)) {}
 
-Image::Image(const PixelView& view) : size{view.width, view.height} {
+Image::Image(const PixelView& view, Alpha alpha) : size{view.width, view.height} {
     if (view.width < 1 || view.height < 1) fatalError("an image needs at least one pixel");
     auto table = std::make_shared<BlockTable>();
     table->reserve(index(0, blockRows()));
@@ -21,14 +41,16 @@ Image::Image(const PixelView& view) : size{view.width, view.height} {
             const PixelRect rect = blockRect(column, row);
             auto block = makeBlock(rect);
             for (int y = 0; y < rect.height; ++y)
-                std::copy_n(view.row(rect.y + y) + rect.x, rect.width, block->data() + y * blockWidth);
+                copyRow(view.row(rect.y + y) + rect.x, block->data() + y * blockWidth, rect.width,
+                        alphaBits(alpha));
             table->push_back(std::move(block));
         }
     }
     blocks = std::move(table);
 }
 
-Image Image::replacing(std::span<const Patch> patches) const {
+Image Image::replacing(std::span<const Patch> patches, Alpha alpha) const {
+    const Pixel bits = alphaBits(alpha);
     auto table = std::make_shared<BlockTable>(*blocks);
     // The blocks made in this call, by position: they may still be written, those of the old picture may not.
     std::vector<Block*> fresh(blocks->size(), nullptr);
@@ -59,12 +81,12 @@ Image Image::replacing(std::span<const Patch> patches) const {
                 // Up to the first row that differs nothing is copied: most reported damage changes nothing.
                 const Pixel* before = (*table)[position]->data();
                 int y = part.y;
-                while (y < part.maxY() && std::equal(source(y), source(y) + part.width, before + offset(y)))
+                while (y < part.maxY() && !rowsDiffer(source(y), before + offset(y), part.width, bits))
                     ++y;
                 if (y == part.maxY()) continue;
                 Block* target = writable(position, blockArea, part == blockArea);
                 for (y = part.y; y < part.maxY(); ++y)
-                    std::copy_n(source(y), part.width, target->data() + offset(y));
+                    copyRow(source(y), target->data() + offset(y), part.width, bits);
             }
         }
     }

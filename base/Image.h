@@ -42,12 +42,15 @@ public:
         std::ptrdiff_t stride = 0; // in pixels
     };
 
+    // Whether the alpha of given pixels counts, or is undefined and stands for opaque ones.
+    enum class Alpha { kept, undefined };
+
     // Copies the view, whose width and height are at least 1.
-    explicit Image(const PixelView& view);
+    explicit Image(const PixelView& view, Alpha alpha = Alpha::kept);
 
     // The same picture with the patches laid over it, in their order; each is clipped to the picture. A block
     // whose pixels come out as they were is shared all the same.
-    Image replacing(std::span<const Patch> patches) const;
+    Image replacing(std::span<const Patch> patches, Alpha alpha = Alpha::kept) const;
 
     int width() const { return size.width; }
     int height() const { return size.height; }

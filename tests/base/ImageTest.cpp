@@ -40,6 +40,24 @@ TEST(Image, HoldsThePixelsItWasMadeOf) {
     }
 }
 
+TEST(Image, MakesPixelsOfUndefinedAlphaOpaque) {
+    const Pixels pixels(100, 40);
+    Pixels clear = pixels;
+    for (Pixel& pixel : clear.values)
+        pixel &= 0x00FFFFFF;
+    const Image image(clear.view(), Image::Alpha::undefined);
+    EXPECT_EQ(allPixels(image), pixels.values);
+    EXPECT_EQ(allPixels(Image(clear.view())), clear.values);
+
+    // And a block that differs in nothing but its alpha is the same block.
+    const Image again = image.replacing(std::vector{clear.patch({0, 0, 100, 40})}, Image::Alpha::undefined);
+    EXPECT_TRUE(again.blocksDiffering(image).empty());
+    clear.values[0] ^= 1;
+    const Image other = image.replacing(std::vector{clear.patch({0, 0, 100, 40})}, Image::Alpha::undefined);
+    EXPECT_EQ(other.pixel(0, 0), pixels.values[0] ^ 1);
+    EXPECT_EQ(other.blocksDiffering(image).size(), 1u);
+}
+
 TEST(Image, NominalRowSizeIsFourBytesAPixel) {
     const Image image(Pixels(640, 360).view());
     EXPECT_EQ(image.bytesPerRow(), 2560);
