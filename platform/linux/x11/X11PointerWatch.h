@@ -17,12 +17,12 @@ class X11CaptureLink;
 // The server reports a new shape by itself, and, where it has XInput 2, that the pointer begins to move. From
 // then on its place is asked for once a frame, and no longer listened to: a mouse may report a thousand times
 // a second. When it rests, listening begins again. Because a program may set the pointer without any motion
-// of a device, a resting one is asked for too, `restInterval` apart: what that costs cannot be measured.
+// of a device, a resting one is asked for too, `restInterval` apart and whenever something was drawn.
 class X11PointerWatch {
 public:
     using Nanoseconds = std::int64_t;
 
-    static constexpr Nanoseconds restInterval = 100'000'000;
+    static constexpr Nanoseconds restInterval = 500'000'000;
     // How long a pointer must stay to be taken as resting.
     static constexpr Nanoseconds restAfter = 250'000'000;
 
