@@ -1,6 +1,8 @@
 #include "platform/linux/capture/FrameComposer.h"
 
 #include <algorithm>
+#include <cstring>
+#include <numeric>
 #include <utility>
 
 namespace clipwren {
@@ -9,16 +11,15 @@ namespace {
 
 constexpr Pixel opaque = 0xFF000000;
 
-// Returns the bits in which any pixel came out different. One pass without a branch, for the sake of vector
-// code.
-Pixel copyOpaque(const Pixel* from, Pixel* to, int count) {
+// Returns something else than zero when the colour of any pixel came out different. One pass without a
+// branch, for the sake of vector code.
+Pixel copyAndCompare(const Pixel* from, Pixel* to, int count) {
     Pixel difference = 0;
     for (int i = 0; i < count; ++i) {
-        const Pixel pixel = from[i] | opaque;
-        difference |= pixel ^ to[i];
-        to[i] = pixel;
+        difference |= from[i] ^ to[i];
+        to[i] = from[i];
     }
-    return difference;
+    return difference & ~opaque;
 }
 
 } // namespace
@@ -26,8 +27,8 @@ Pixel copyOpaque(const Pixel* from, Pixel* to, int count) {
 FrameComposer::FrameComposer(PixelSize region, PixelSize frame)
     : size(region),
       frameSize(frame),
-      region(static_cast<std::size_t>(region.width) * static_cast<std::size_t>(region.height), opaque),
       changed(region) {
+    clear();
     if (region == frame) return;
     scaler.emplace(region, frame);
     scaled.resize(static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height));
@@ -48,7 +49,7 @@ void FrameComposer::update(const PixelRect& rect, const Pixel* pixels, std::ptrd
                 const int left = std::max(column * Image::blockWidth, rect.x);
                 const int right = std::min((column + 1) * Image::blockWidth, rect.maxX());
                 differences[static_cast<std::size_t>(column)] |=
-                    copyOpaque(row + left, at(left, y), right - left);
+                    copyAndCompare(row + left, at(left, y), right - left);
             }
         }
         for (int column = firstColumn; column < endColumn; ++column)
@@ -58,8 +59,43 @@ void FrameComposer::update(const PixelRect& rect, const Pixel* pixels, std::ptrd
     }
 }
 
+void FrameComposer::adopt(Pixel* pixels) {
+    // Without a scaler comparing here gains nothing: the frame's blocks are compared anyway.
+    if (scaler)
+        markDifferences(pixels);
+    else
+        changed.markAll();
+    region = pixels;
+    ownRegion = {};
+}
+
+// Row by row, as in `update`; but what moves is seen to differ at once and not looked at again.
+void FrameComposer::markDifferences(const Pixel* pixels) {
+    const int columns = (size.width + Image::blockWidth - 1) / Image::blockWidth;
+    std::vector<int> equal; // the columns without a difference so far
+    for (int top = 0; top < size.height; top += Image::blockHeight) {
+        equal.resize(static_cast<std::size_t>(columns));
+        std::iota(equal.begin(), equal.end(), 0);
+        const int bottom = std::min(size.height, top + Image::blockHeight);
+        for (int y = top; y < bottom && !equal.empty(); ++y)
+            std::erase_if(equal, [&](int column) {
+                const int left = column * Image::blockWidth;
+                const int width = std::min(Image::blockWidth, size.width - left);
+                const std::ptrdiff_t offset = std::ptrdiff_t{y} * size.width + left;
+                const bool differs = std::memcmp(pixels + offset, region + offset,
+                                                 static_cast<std::size_t>(width) * sizeof(Pixel)) != 0;
+                if (differs) changed.mark({left, top, width, 1});
+                return differs;
+            });
+    }
+}
+
 void FrameComposer::clear() {
-    std::fill(region.begin(), region.end(), opaque);
+    if (!region) {
+        ownRegion.resize(pixelCount());
+        region = ownRegion.data();
+    }
+    std::fill_n(region, pixelCount(), opaque);
     changed.markAll();
 }
 
@@ -84,8 +120,9 @@ std::optional<Image> FrameComposer::compose() {
     drawCursor();
     const std::vector<Image::Patch> patches = changedPatches();
     Image next =
-        previous ? previous->replacing(patches)
-                 : Image({patches.front().pixels, frameSize.width, frameSize.height, patches.front().stride});
+        previous ? previous->replacing(patches, Image::Alpha::undefined)
+                 : Image({patches.front().pixels, frameSize.width, frameSize.height, patches.front().stride},
+                         Image::Alpha::undefined);
     removeCursor();
     changed.clear();
 

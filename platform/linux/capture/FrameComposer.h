@@ -24,8 +24,13 @@ public:
     FrameComposer(PixelSize region, PixelSize frame);
 
     // New pixels of the screen for a rectangle inside the region; `pixels` points at its top left, the stride
-    // counts pixels. Alpha is taken as opaque, whatever stands there.
+    // counts pixels. Alpha is taken as opaque, whatever stands there, here and in `adopt`.
     void update(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride);
+
+    // New pixels for the whole region, in plain rows without a gap. Instead of copying them, the composer
+    // goes on with this memory as its own until it adopts another or ends, and writes into it. The memory
+    // adopted before must stay as it is until this returns.
+    void adopt(Pixel* pixels);
 
     // Makes the whole region black.
     void clear();
@@ -41,13 +46,16 @@ private:
     void drawCursor();
     void removeCursor();
     std::vector<Image::Patch> changedPatches();
+    void markDifferences(const Pixel* pixels);
     PixelRect cursorRect() const;
-    Pixel* at(int x, int y) { return region.data() + std::ptrdiff_t{y} * size.width + x; }
-    PixelView view() const { return {region.data(), size.width, size.height, size.width}; }
+    Pixel* at(int x, int y) { return region + std::ptrdiff_t{y} * size.width + x; }
+    PixelView view() const { return {region, size.width, size.height, size.width}; }
+    std::size_t pixelCount() const { return static_cast<std::size_t>(size.width) * size.height; }
 
     PixelSize size;
     PixelSize frameSize;
-    std::vector<Pixel> region;
+    std::vector<Pixel> ownRegion; // while no memory is adopted
+    Pixel* region = nullptr;      // the alpha of its pixels is undefined
     TileMap changed;
     std::vector<Pixel> differences; // of one row of tiles, while it is gone through
     std::shared_ptr<const CursorImage> cursor;

@@ -3,6 +3,7 @@
 #include <xcb/xcbext.h>
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <poll.h>
 
@@ -10,7 +11,7 @@ namespace clipwren {
 
 namespace {
 
-// How long a server that does not answer may hold up the end of a recording.
+// How long a server that does not answer may hold up the end of a recording, in all.
 constexpr X11CaptureLink::Nanoseconds patienceAtEnd = 1'000'000'000;
 
 } // namespace
@@ -50,9 +51,27 @@ bool X11CaptureLink::has(xcb_extension_t& extension) const {
     return data && data->present;
 }
 
+bool X11CaptureLink::hasKnownPixels() const {
+    const xcb_screen_t& screen = *defaultScreen;
+    const xcb_setup_t* setup = xcb_get_setup(connection);
+    const auto order =
+        std::endian::native == std::endian::little ? XCB_IMAGE_ORDER_LSB_FIRST : XCB_IMAGE_ORDER_MSB_FIRST;
+    if (setup->image_byte_order != order) return false;
+    bool fitsWords = false;
+    for (auto it = xcb_setup_pixmap_formats_iterator(setup); it.rem > 0; xcb_format_next(&it))
+        fitsWords |= it.data->depth == screen.root_depth && it.data->bits_per_pixel == 32 &&
+                     it.data->scanline_pad == 32;
+    if (!fitsWords) return false;
+    for (auto depth = xcb_screen_allowed_depths_iterator(&screen); depth.rem > 0; xcb_depth_next(&depth))
+        for (auto it = xcb_depth_visuals_iterator(depth.data); it.rem > 0; xcb_visualtype_next(&it))
+            if (it.data->visual_id == screen.root_visual)
+                return it.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR && it.data->red_mask == 0xFF0000 &&
+                       it.data->green_mask == 0xFF00 && it.data->blue_mask == 0xFF;
+    return false;
+}
+
 void* X11CaptureLink::awaitReply(unsigned int sequence) {
     xcb_flush(connection);
-    std::optional<Nanoseconds> until;
     for (;;) {
         void* reply = nullptr;
         xcb_generic_error_t* error = nullptr;
@@ -61,12 +80,13 @@ void* X11CaptureLink::awaitReply(unsigned int sequence) {
             owned(error);
             return reply;
         }
-        if (!until && end.requested() != EndSignal::Request::none) until = now() + patienceAtEnd;
-        if (end.requested() == EndSignal::Request::abandon || (until && now() >= *until)) {
+        if (!patienceEnds && end.requested() != EndSignal::Request::none)
+            patienceEnds = now() + patienceAtEnd;
+        if (end.requested() == EndSignal::Request::abandon || (patienceEnds && now() >= *patienceEnds)) {
             xcb_discard_reply(connection, sequence);
             return nullptr;
         }
-        poll(until);
+        poll(patienceEnds);
     }
 }
 

@@ -15,7 +15,7 @@
 namespace clipwren {
 
 // A capture thread's own connection to the X server. Used by that thread alone. Every wait ends when the end
-// signal asks to abandon, and soon after it asks to finish.
+// signal asks to abandon, and a second after it asks to finish at the latest.
 class X11CaptureLink {
 public:
     using Nanoseconds = std::int64_t;
@@ -36,6 +36,10 @@ public:
 
     // Whether the server has the extension, which is then known on this connection.
     bool has(xcb_extension_t& extension) const;
+
+    // Whether the pixels of the root window are words of this machine with eight bits each of red, green and
+    // blue.
+    bool hasKnownPixels() const;
 
     // The reply to the request of this number. Empty when the server refused it, when the connection is lost
     // and when the wait was ended.
@@ -64,6 +68,7 @@ private:
     xcb_connection_t* connection;
     const xcb_screen_t* defaultScreen;
     EndSignal& end;
+    std::optional<Nanoseconds> patienceEnds; // once an end was asked for
 };
 
 } // namespace clipwren

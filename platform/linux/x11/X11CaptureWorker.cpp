@@ -6,7 +6,6 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -26,6 +25,10 @@ constexpr Nanoseconds longestSettling = 120 * millisecond;
 // What one more read costs, in pixels that could be read instead.
 constexpr std::int64_t readOverhead = 16'384;
 
+// When at least this part of the region was drawn anew, all of it is read.
+constexpr std::int64_t leastOfAllNumerator = 3;
+constexpr std::int64_t leastOfAllDenominator = 5;
+
 // A read may be refused because the screens have just changed; if it is refused again and again there is
 // something else.
 constexpr int mostRefusals = 3;
@@ -35,25 +38,6 @@ constexpr int largestSide = 32767; // of a picture in X11
 Nanoseconds frameInterval(const MediaTime& time) {
     const double seconds = time.seconds();
     return std::isfinite(seconds) ? std::llround(std::clamp(seconds, 0.001, 10.0) * 1e9) : 1'000'000'000 / 30;
-}
-
-// Whether the pixels of the root window are words of this machine with eight bits each of red, green, blue.
-bool hasKnownPixels(xcb_connection_t* connection, const xcb_screen_t& screen) {
-    const xcb_setup_t* setup = xcb_get_setup(connection);
-    const auto order =
-        std::endian::native == std::endian::little ? XCB_IMAGE_ORDER_LSB_FIRST : XCB_IMAGE_ORDER_MSB_FIRST;
-    if (setup->image_byte_order != order) return false;
-    bool fitsWords = false;
-    for (auto it = xcb_setup_pixmap_formats_iterator(setup); it.rem > 0; xcb_format_next(&it))
-        fitsWords |= it.data->depth == screen.root_depth && it.data->bits_per_pixel == 32 &&
-                     it.data->scanline_pad == 32;
-    if (!fitsWords) return false;
-    for (auto depth = xcb_screen_allowed_depths_iterator(&screen); depth.rem > 0; xcb_depth_next(&depth))
-        for (auto it = xcb_depth_visuals_iterator(depth.data); it.rem > 0; xcb_visualtype_next(&it))
-            if (it.data->visual_id == screen.root_visual)
-                return it.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR && it.data->red_mask == 0xFF0000 &&
-                       it.data->green_mask == 0xFF00 && it.data->blue_mask == 0xFF;
-    return false;
 }
 
 bool isSupported(const StreamConfiguration& configuration) {
@@ -114,7 +98,7 @@ bool X11CaptureWorker::connect() {
         return false;
     }
     link = std::move(opened.value());
-    if (!hasKnownPixels(link->raw(), link->screen())) {
+    if (!link->hasKnownPixels()) {
         fail("This display's pixel format is not supported.");
         return false;
     }
@@ -235,16 +219,23 @@ void X11CaptureWorker::look(bool isLast) {
         heldUntil = X11CaptureLink::now() + frameInterval(job.configuration.minimumFrameInterval) / 2;
         return;
     }
+    // One batch of requests and one wait for it. Where everything moves the picture is asked for along with
+    // what was drawn, on the chance that it is all of it again; what is drawn between the two is reported
+    // once more.
     const bool asksDamage = damage->changedAt() || pictureIsStale || isLast;
+    const bool asksAll = asksDamage && expectsAll && canReadAll();
     if (asksDamage) damage->ask();
     if (pointer) pointer->ask();
+    if (asksAll) reader->askStaying(region);
     std::optional<std::vector<PixelRect>> drawn;
     if (asksDamage) drawn = damage->take();
     const Nanoseconds time = X11CaptureLink::now();
-    const bool answered = (!asksDamage || drawn) && (!pointer || pointer->take(time));
+    const bool knowsPointer = !pointer || pointer->take(time);
+    const bool hasAll = asksAll && takeAll();
+    const bool answered = knowsPointer && drawn.has_value() == asksDamage && hasAll == asksAll;
 
     bool insideRegion = false;
-    if (!answered || !readChanges(std::move(drawn).value_or(std::vector<PixelRect>{}), insideRegion)) {
+    if (!answered || (drawn && !readChanges(*drawn, hasAll, insideRegion))) {
         if (end.requested() != EndSignal::Request::none) return;
         // The screens may have just changed: they are read anew, and then everything in the region.
         if (link->isLost()) fail("The display server ended the connection.");
@@ -270,29 +261,50 @@ void X11CaptureWorker::look(bool isLast) {
     client.deliver(std::move(sample));
 }
 
-bool X11CaptureWorker::readChanges(std::vector<PixelRect> drawn, bool& insideRegion) {
+bool X11CaptureWorker::canReadAll() const {
+    return reader->canStay() && visible == std::vector{PixelRect{0, 0, region.width, region.height}};
+}
+
+bool X11CaptureWorker::takeAll() {
+    Pixel* pixels = reader->takeStaying();
+    if (pixels) composer->adopt(pixels);
+    return pixels != nullptr;
+}
+
+// Brings the composer's picture up to date, of which `hasAll` says that it already is.
+bool X11CaptureWorker::readChanges(const std::vector<PixelRect>& drawn, bool hasAll, bool& insideRegion) {
     TileMap tiles({region.width, region.height});
     if (pictureIsStale) tiles.markAll();
-    for (PixelRect& rect : drawn) {
-        rect.x -= region.x;
-        rect.y -= region.y;
-        tiles.mark(rect);
-    }
-    std::vector<PixelRect> parts;
+    for (const PixelRect& rect : drawn)
+        tiles.mark({rect.x - region.x, rect.y - region.y, rect.width, rect.height});
     const std::vector<PixelRect> marked = joined(tiles.rects(), readOverhead);
+    std::vector<PixelRect> parts;
+    std::int64_t drawnArea = 0;
     for (const PixelRect& part : visible)
         for (const PixelRect& rect : marked) {
             const PixelRect shown = rect.intersection(part);
-            if (!shown.isEmpty())
-                parts.push_back({shown.x + region.x, shown.y + region.y, shown.width, shown.height});
+            if (shown.isEmpty()) continue;
+            parts.push_back({shown.x + region.x, shown.y + region.y, shown.width, shown.height});
+            drawnArea += shown.area();
         }
     insideRegion = !parts.empty();
-    const bool read =
-        reader->read(parts, [this](const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
-            composer->update({rect.x - region.x, rect.y - region.y, rect.width, rect.height}, pixels, stride);
-        });
+    // What is read in one piece need not be copied.
+    expectsAll = drawnArea * leastOfAllDenominator >= region.area() * leastOfAllNumerator;
+    bool read = hasAll;
+    if (!hasAll && expectsAll && canReadAll()) {
+        reader->askStaying(region);
+        read = takeAll();
+    } else if (!hasAll) {
+        read = readParts(parts);
+    }
     if (read) pictureIsStale = false;
     return read;
+}
+
+bool X11CaptureWorker::readParts(const std::vector<PixelRect>& parts) {
+    return reader->read(parts, [this](const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
+        composer->update({rect.x - region.x, rect.y - region.y, rect.width, rect.height}, pixels, stride);
+    });
 }
 
 } // namespace clipwren

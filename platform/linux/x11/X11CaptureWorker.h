@@ -57,7 +57,10 @@ private:
     void followScreens();
     Nanoseconds nextLook() const;
     void look(bool isLast);
-    bool readChanges(std::vector<PixelRect> drawn, bool& insideRegion);
+    bool readChanges(const std::vector<PixelRect>& drawn, bool hasAll, bool& insideRegion);
+    bool readParts(const std::vector<PixelRect>& parts);
+    bool takeAll();
+    bool canReadAll() const;
     void fail(std::string text);
     bool mayGoOn() const;
 
@@ -78,6 +81,7 @@ private:
     bool hasStarted = false;
     bool screensAreStale = false;
     bool pictureIsStale = true; // all of it is to be read
+    bool expectsAll = false;    // the last look found most of the region drawn anew
     int refusals = 0;           // in a row
     Nanoseconds heldUntil = 0;
     std::optional<PlatformError> failure;

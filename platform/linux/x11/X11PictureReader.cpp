@@ -33,7 +33,7 @@ X11PictureReader::X11PictureReader(X11CaptureLink& link, std::int64_t capacity)
     : link(link),
       capacity(capacity) {
     if (!share() && pixels) {
-        munmap(pixels, byteCount(capacity));
+        munmap(pixels, byteCount(segmentSize()));
         pixels = nullptr;
     }
 }
@@ -42,12 +42,13 @@ X11PictureReader::~X11PictureReader() {
     if (!pixels) return;
     xcb_shm_detach(link.raw(), segment);
     xcb_flush(link.raw());
-    munmap(pixels, byteCount(capacity));
+    munmap(pixels, byteCount(segmentSize()));
 }
 
 // A memory file instead of a System V segment: it works across the borders of containers too, and nothing is
 // left behind however the program ends.
 bool X11PictureReader::share() {
+    if (byteCount(segmentSize()) > UINT32_MAX) return false; // requests could not name every place in it
     if (!link.has(xcb_shm_id) || !isLocal(xcb_get_file_descriptor(link.raw()))) return false;
     const auto version =
         link.await<xcb_shm_query_version_reply_t>(xcb_shm_query_version(link.raw()).sequence);
@@ -56,8 +57,8 @@ bool X11PictureReader::share() {
     const int file = memfd_create("clipwren-capture", MFD_CLOEXEC);
     if (file < 0) return false;
     void* memory = MAP_FAILED;
-    if (ftruncate(file, static_cast<off_t>(byteCount(capacity))) == 0)
-        memory = mmap(nullptr, byteCount(capacity), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    if (ftruncate(file, static_cast<off_t>(byteCount(segmentSize()))) == 0)
+        memory = mmap(nullptr, byteCount(segmentSize()), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     if (memory == MAP_FAILED) {
         close(file);
         return false;
@@ -87,20 +88,35 @@ bool X11PictureReader::read(std::span<const PixelRect> rects, const Sink& sink) 
     return true;
 }
 
+unsigned int X11PictureReader::request(const PixelRect& rect, std::int64_t offset) {
+    return xcb_shm_get_image(link.raw(), link.root(), static_cast<std::int16_t>(rect.x),
+                             static_cast<std::int16_t>(rect.y), static_cast<std::uint16_t>(rect.width),
+                             static_cast<std::uint16_t>(rect.height), allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP,
+                             segment, static_cast<std::uint32_t>(byteCount(offset)))
+        .sequence;
+}
+
+void X11PictureReader::askStaying(const PixelRect& rect) {
+    stayingPart = 1 - stayingPart;
+    stayingSize = rect.area();
+    stayingRequest = request(rect, stayingPart * capacity);
+}
+
+Pixel* X11PictureReader::takeStaying() {
+    const auto reply = link.await<xcb_shm_get_image_reply_t>(stayingRequest);
+    return reply && reply->size >= byteCount(stayingSize) ? pixels + stayingPart * capacity : nullptr;
+}
+
 bool X11PictureReader::readShared(std::span<const PixelRect> rects, const Sink& sink) {
     std::vector<unsigned int> requests;
-    std::int64_t offset = 0;
+    const std::int64_t begin = 2 * capacity; // behind the two that stay
+    std::int64_t offset = begin;
     for (const PixelRect& rect : rects) {
-        requests.push_back(
-            xcb_shm_get_image(link.raw(), link.root(), static_cast<std::int16_t>(rect.x),
-                              static_cast<std::int16_t>(rect.y), static_cast<std::uint16_t>(rect.width),
-                              static_cast<std::uint16_t>(rect.height), allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP,
-                              segment, static_cast<std::uint32_t>(byteCount(offset)))
-                .sequence);
+        requests.push_back(request(rect, offset));
         offset += rect.area();
     }
     bool allRead = true;
-    offset = 0;
+    offset = begin;
     for (std::size_t i = 0; i < rects.size(); ++i) {
         // Every reply is awaited: the server goes on writing into the memory until then.
         const auto reply = link.await<xcb_shm_get_image_reply_t>(requests[i]);

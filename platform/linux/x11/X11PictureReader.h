@@ -22,7 +22,7 @@ public:
     // pixels.
     using Sink = std::function<void(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride)>;
 
-    // `capacity` is the number of pixels that the largest read has. The link outlives the reader.
+    // `capacity` is the number of pixels that the largest rectangle has. The link outlives the reader.
     X11PictureReader(X11CaptureLink& link, std::int64_t capacity);
     ~X11PictureReader();
     X11PictureReader(const X11PictureReader&) = delete;
@@ -32,10 +32,19 @@ public:
     // connection is lost or the wait was ended; the rest is then left out.
     bool read(std::span<const PixelRect> rects, const Sink& sink);
 
-    bool usesSharedMemory() const { return pixels != nullptr; }
+    // Whether rectangles can be read in a way that leaves them where the server has written them.
+    bool canStay() const { return pixels != nullptr; }
+
+    // Where canStay(): asks for a rectangle. Each is followed by `takeStaying`, which returns its pixels in
+    // plain rows without a gap, null on a failure. They are the caller's to write to, and stay until the next
+    // but one is asked for.
+    void askStaying(const PixelRect& rect);
+    Pixel* takeStaying();
 
 private:
     bool share();
+    std::int64_t segmentSize() const { return 3 * capacity; } // in pixels: two that stay, and one part
+    unsigned int request(const PixelRect& rect, std::int64_t offset);
     bool readShared(std::span<const PixelRect> rects, const Sink& sink);
     bool readPlain(const PixelRect& rect, const Sink& sink);
 
@@ -43,6 +52,9 @@ private:
     std::int64_t capacity;
     std::uint32_t segment = 0;
     Pixel* pixels = nullptr; // shared; null without shared memory
+    unsigned int stayingRequest = 0;
+    std::int64_t stayingSize = 0;
+    int stayingPart = 0; // of the segment: 0 or 1
 };
 
 } // namespace clipwren

@@ -140,6 +140,7 @@ TEST(FrameComposer, NeverDiffersFromTheWholePictureMadeAnew) {
         const auto width = static_cast<unsigned>(region.width), height = static_cast<unsigned>(region.height);
         FrameComposer composer(region, frameSize);
         std::vector<Pixel> screen(width * height, opaque);
+        std::vector<Pixel> adopted[2];
         std::optional<Image> shown = composer.compose();
         std::shared_ptr<const CursorImage> cursor;
         int x = 0, y = 0;
@@ -155,6 +156,18 @@ TEST(FrameComposer, NeverDiffersFromTheWholePictureMadeAnew) {
                         screen[static_cast<unsigned>(row) * width + column] =
                             (base + static_cast<Pixel>(random() % 3) * 0x101) | opaque;
                 composer.update(rect, screen.data() + top * region.width + left, region.width);
+            }
+            if (random() % 3 == 0) {
+                if (random() % 2 == 0) screen[random() % screen.size()] ^= 0x102030;
+                std::swap(adopted[0], adopted[1]);
+                adopted[0] = screen;
+                for (Pixel& pixel : adopted[0]) // its alpha must not matter
+                    pixel ^= static_cast<Pixel>(random()) & opaque;
+                composer.adopt(adopted[0].data());
+            }
+            if (random() % 40 == 0) {
+                std::fill(screen.begin(), screen.end(), opaque);
+                composer.clear();
             }
             if (random() % 2 == 0) {
                 cursor = random() % 5 == 0 ? nullptr : arrow();
