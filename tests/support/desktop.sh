@@ -6,8 +6,11 @@
 #   desktop.sh [options] -s shot.png              brings it up, takes a screenshot, takes it down
 #
 #   -d :N        display number; the first free one otherwise
-#   -g 1920x1080 size of the framebuffer
-#   -m 1|2       monitors; 2 = LEFT 1280x1024+0+0 (primary) and RIGHT 640x800+1280+100, gaps above and below
+#   -x SERVER    xvfb (one output) | xorg (with the dummy driver: an output for each monitor, which can be unplugged)
+#   -g 1920x1080 size of xvfb's framebuffer
+#   -m 1|2|3     monitors; 2 = 1280x1024+0+0 (primary) and 640x800+1280+100, gaps above and below
+#                3 = 1280x1024+0+0 (primary), 640x800+1400+100 and 800x600+2200+300, which do not touch
+#                Names: LEFT, RIGHT, FAR; with xorg DUMMY0, DUMMY1, DUMMY2
 #   -w WM        openbox | xfwm4 (with its compositor) | xfwm4-nocomp | none
 #   -c COMP      picom | none
 #   -p PANEL     xfce | mate | trayer | tint2 | none
@@ -20,11 +23,11 @@
 # DESKTOP_FOLDER the private folder that goes away at the end.
 # Status 125: the desktop did not come up; the reason is on standard error.
 set -u
-display='' geometry=1920x1080 monitors=1 manager=openbox compositor=none panel=none
+display='' server=xvfb geometry='' monitors=1 manager=openbox compositor=none panel=none
 background='#3a6ea5' logs='' limit=600 shot=''
-while getopts d:g:m:w:c:p:b:l:t:s: option; do
+while getopts d:x:g:m:w:c:p:b:l:t:s: option; do
     case $option in
-    d) display=$OPTARG ;; g) geometry=$OPTARG ;; m) monitors=$OPTARG ;; w) manager=$OPTARG ;;
+    d) display=$OPTARG ;; x) server=$OPTARG ;; g) geometry=$OPTARG ;; m) monitors=$OPTARG ;; w) manager=$OPTARG ;;
     c) compositor=$OPTARG ;; p) panel=$OPTARG ;; b) background=$OPTARG ;; l) logs=$OPTARG ;;
     t) limit=$OPTARG ;; s) shot=$OPTARG ;; *) exit 125 ;;
     esac
@@ -93,16 +96,57 @@ PYTHON
 }
 
 # -noreset is vital: without it the server resets, and forgets its monitors, when the last client leaves.
-common=(-screen 0 "${geometry}x24" -noreset -nolisten tcp +extension Composite)
+common=(-noreset -nolisten tcp +extension Composite)
+places=(1280x1024+0+0 640x800+1280+100)
+[ "$monitors" != 3 ] || places=(1280x1024+0+0 640x800+1400+100 800x600+2200+300)
+case $server in
+xvfb)
+    [ "$monitors" != 3 ] || geometry=${geometry:-3000x1080}
+    program=(Xvfb -screen 0 "${geometry:-1920x1080}x24" "${common[@]}")
+    ;;
+xorg)
+    # Xorg itself: the wrapper of that name would ask for a console.
+    program=(/usr/lib/xorg/Xorg -config "$folder/xorg.conf" -logfile "$logs/xorg" -novtswitch -keeptty "${common[@]}")
+    cat >"$folder/xorg.conf" <<'CONFIGURATION'
+Section "ServerFlags"
+    Option "AutoAddDevices" "false"
+EndSection
+Section "Device"
+    Identifier "card"
+    Driver "dummy"
+    VideoRam 131072
+EndSection
+Section "Monitor"
+    Identifier "monitor"
+    HorizSync 1-1000
+    VertRefresh 1-1000
+    Modeline "1280x1024" 100 1280 1290 1300 1310 1024 1030 1040 1050
+    Modeline "640x800" 50 640 650 660 670 800 810 820 830
+EndSection
+Section "Screen"
+    Identifier "screen"
+    Device "card"
+    Monitor "monitor"
+    DefaultDepth 24
+    SubSection "Display"
+        Depth 24
+        Virtual 4096 2160
+        Modes "1280x1024"
+    EndSubSection
+EndSection
+CONFIGURATION
+    ;;
+*) fail "no such server: $server" ;;
+esac
 if [ -n "$display" ]; then
-    background xserver Xvfb "$display" "${common[@]}"
+    background xserver "${program[@]}" "$display"
     export DISPLAY=$display
     # A foreign server on that display would answer as well.
     await 10 xdpyinfo && kill -0 "${pids[0]}" 2>/dev/null || fail "no X server on $display" xserver
 else
     mkfifo "$folder/number"
     exec 9<>"$folder/number"
-    background xserver Xvfb -displayfd 9 "${common[@]}"
+    background xserver "${program[@]}" -displayfd 9
     read -r -t 10 number <&9 || fail 'the X server did not start' xserver
     exec 9>&-
     export DISPLAY=:$number
@@ -123,10 +167,29 @@ read -r -t 10 DBUS_SESSION_BUS_ADDRESS <&8 || fail 'no D-Bus session' dbus
 exec 8>&-
 export DBUS_SESSION_BUS_ADDRESS
 
-if [ "$monitors" = 2 ]; then
-    xrandr --setmonitor '*LEFT' 1280/340x1024/271+0+0 screen >"$logs/xrandr" 2>&1 &&
-        xrandr --setmonitor RIGHT 640/170x800/212+1280+100 none >>"$logs/xrandr" 2>&1 ||
-        fail 'the monitors could not be laid out' xrandr
+# The monitors of the chosen number; with xorg all at once, so that nobody sees a layout in between.
+layOut() {
+    local names=('*LEFT' RIGHT FAR) outputs=(screen none none) size width height i
+    for i in "${!places[@]}"; do
+        size=${places[i]%%+*} width=${size%x*} height=${size#*x}
+        if [ "$server" = xvfb ]; then
+            # 96 dots per inch.
+            xrandr --setmonitor "${names[i]}" "$width/$((width * 34 / 128))x$height/$((height * 34 / 128))+${places[i]#*+}" \
+                "${outputs[i]}" || return
+            continue
+        fi
+        # Every output knows the modes of the first one, once they have been added to it.
+        for mode in 1280x1024 1024x768 800x600 640x800; do
+            [ "$i" = 0 ] || xrandr --addmode "DUMMY$i" "$mode" || return
+        done
+        set -- "$@" --output "DUMMY$i" --mode "$size" --pos "$(tr + x <<<"${places[i]#*+}")"
+    done
+    [ "$server" = xvfb ] && return
+    # Asking once more makes the server see that the outputs are connected now.
+    xrandr "$@" && xrandr
+}
+if [ "$monitors" != 1 ]; then
+    layOut >"$logs/xrandr" 2>&1 || fail 'the monitors could not be laid out' xrandr
 fi
 # A background as desktops set it, which compositors paint too.
 /usr/bin/python3 - "$background" <<'PYTHON' || fail 'no background'
