@@ -3,6 +3,8 @@
 #include "base/Geometry.h"
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -13,6 +15,12 @@ struct Screen {
     Rect frame;
     // The number by which the capture knows the screen's display; absent where the platform reports none.
     std::optional<std::uint32_t> screenNumber;
+};
+
+// A running observation; destroying it ends it, which may happen inside its own handler.
+class ScreensObserver {
+public:
+    virtual ~ScreensObserver() = default;
 };
 
 // The screens that are attached right now. Main thread only.
@@ -28,6 +36,10 @@ public:
 
     // The number of the main display; 0 without any.
     virtual std::uint32_t mainDisplayID() const = 0;
+
+    // Calls the handler each time after screens have been attached, detached, moved or resized: later, on the
+    // main queue, once for what happens together.
+    virtual std::unique_ptr<ScreensObserver> observeDidChange(std::function<void()> handler) = 0;
 };
 
 } // namespace clipwren

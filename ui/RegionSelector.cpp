@@ -21,7 +21,7 @@ RegionSelector::RegionSelector(const Platform& platform, std::function<void(std:
 
 RegionSelector::~RegionSelector() = default;
 
-void RegionSelector::show() {
+void RegionSelector::coverScreens() {
     for (const Screen& screen : platform.screens.screens()) {
         auto window =
             SelectorWindow::create(platform.windows, screen,
@@ -32,20 +32,35 @@ void RegionSelector::show() {
         windows.push_back(window);
         window->makeKeyAndOrderFront();
     }
+}
+
+void RegionSelector::uncoverScreens() {
+    for (const auto& window : windows)
+        window->orderOut();
+    windows.clear();
+}
+
+void RegionSelector::show() {
+    coverScreens();
     platform.application.activateIgnoringOtherApps();
     keyMonitor = platform.windows.monitorKeyDown([weakSelf = weak_from_this()](std::uint32_t keyCode) {
         if (keyCode != KeyCode::escape) return false;
         if (const auto self = weakSelf.lock()) self->complete(std::nullopt);
         return true;
     });
+    // Where a window is no longer over its screen, what is dragged in it means another place.
+    screensObserver =
+        platform.screens.observeDidChange(weakly(shared_from_this(), [](RegionSelector& selector) {
+            selector.uncoverScreens();
+            selector.coverScreens();
+        }));
 }
 
 void RegionSelector::complete(std::optional<Rect> rect) {
     if (std::exchange(finished, true)) return;
     keyMonitor.reset();
-    for (const auto& window : windows)
-        window->orderOut();
-    windows.clear();
+    screensObserver.reset();
+    uncoverScreens();
     onComplete(rect);
 }
 

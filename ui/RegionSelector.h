@@ -11,6 +11,7 @@
 namespace clipwren {
 
 class KeyMonitor;
+class ScreensObserver;
 class SelectorWindow;
 
 // Lets the user drag a rectangle on any screen, once. Main thread only.
@@ -22,7 +23,8 @@ public:
                                                   std::function<void(std::optional<Rect>)> onComplete);
     ~RegionSelector();
 
-    // Puts a window on every screen. Escape then cancels.
+    // Puts a window on every screen. Escape then cancels. When the screens change, the selection begins anew
+    // on those that there are then.
     void show();
 
     // The single exit: takes the windows down and reports. A second call does nothing.
@@ -31,9 +33,13 @@ public:
 private:
     RegionSelector(const Platform& platform, std::function<void(std::optional<Rect>)> onComplete);
 
+    void coverScreens();
+    void uncoverScreens();
+
     const Platform& platform;
     std::vector<std::shared_ptr<SelectorWindow>> windows;
     std::unique_ptr<KeyMonitor> keyMonitor;
+    std::unique_ptr<ScreensObserver> screensObserver;
     const std::function<void(std::optional<Rect>)> onComplete;
     bool finished = false;
 };

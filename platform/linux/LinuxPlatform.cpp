@@ -97,7 +97,7 @@ struct LinuxPlatform::Parts {
     QtCanvases canvases;
     X11Screens screens{*display};
     X11HotKeys hotKeys{*display};
-    X11Windows windows{*display}; // after the hot keys, which go on while it holds the keyboard
+    X11Windows windows{*display, screens}; // after the hot keys, which go on while it holds the keyboard
     X11ScreenCapture screenCapture{*display, mainQueue};
     X11Pasteboard pasteboard;
     DBusWorkspace workspace;

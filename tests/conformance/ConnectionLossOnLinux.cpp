@@ -53,7 +53,7 @@ TEST(ConnectionLoss, IsReportedOnceAndStopsNothing) {
     connection->setLossHandler([&] { ++losses; });
     X11Screens screens(*connection);
     X11HotKeys hotKeys(*connection);
-    X11Windows windows(*connection);
+    X11Windows windows(*connection, screens);
     const auto content = std::make_shared<NotingContent>();
     const auto frame = screens.screens().front().frame;
     EXPECT_EQ(frame, (Rect{0, 0, 800, 600}));

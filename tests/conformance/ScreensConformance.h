@@ -4,12 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
 #include <set>
+#include <vector>
 
 namespace clipwren {
 
 // What every list of screens is like. `Subject` owns one that has at least one screen:
 //   Screens& screens();
+//   void plug();        attaches one more screen, and detaches it when called again
+//   bool passUntil(std::function<bool()>);
 template <typename Subject>
 class ScreensConformance : public testing::Test {
 protected:
@@ -58,8 +63,26 @@ TYPED_TEST_P(ScreensConformance, KeepsItsOrder) {
     }
 }
 
+TYPED_TEST_P(ScreensConformance, TellsThatScreensHaveChanged) {
+    Screens& screens = this->subject.screens();
+    const auto count = screens.screens().size();
+    std::vector<std::size_t> seen, seenByOther;
+    auto observer = screens.observeDidChange([&] { seen.push_back(screens.screens().size()); });
+    std::unique_ptr<ScreensObserver> other = screens.observeDidChange([&] {
+        seenByOther.push_back(screens.screens().size());
+        other = nullptr;
+    });
+    this->subject.plug();
+    EXPECT_TRUE(this->subject.passUntil([&] { return !seen.empty() && !seenByOther.empty(); }));
+    EXPECT_EQ(seen, (std::vector<std::size_t>{count + 1}));
+    this->subject.plug();
+    EXPECT_TRUE(this->subject.passUntil([&] { return seen.size() == 2; }));
+    EXPECT_EQ(seen.back(), count);
+    EXPECT_EQ(seenByOther, (std::vector<std::size_t>{count + 1})) << "it has ended inside its own handler";
+}
+
 REGISTER_TYPED_TEST_SUITE_P(ScreensConformance, BeginsWithTheScreenAtTheOrigin,
                             GivesEachScreenAnAreaAndANumberOfItsOwn, TheMainScreenIsOneOfThem,
-                            TheMainDisplayIsTheFirstScreens, KeepsItsOrder);
+                            TheMainDisplayIsTheFirstScreens, KeepsItsOrder, TellsThatScreensHaveChanged);
 
 } // namespace clipwren

@@ -1,10 +1,13 @@
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11Screens.h"
+#include "tests/conformance/EventLoop.h"
 #include "tests/conformance/ScreensConformance.h"
 
 #include <xcb/xcb.h>
 
+#include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace clipwren {
 
@@ -13,7 +16,20 @@ namespace {
 struct X11Subject {
     std::unique_ptr<X11Connection> connection = std::move(*X11Connection::open());
     X11Screens x11Screens{*connection};
+    bool isPlugged = false;
+
+    ~X11Subject() {
+        if (isPlugged) plug();
+    }
     Screens& screens() { return x11Screens; }
+    // Apart from the others, so that none mirrors another.
+    void plug() {
+        const bool wasPlugged = std::exchange(isPlugged, !isPlugged);
+        const int status = std::system(wasPlugged ? "xrandr --delmonitor EXTRA"
+                                                  : "xrandr --setmonitor EXTRA 64/17x64/17+1850+1010 none");
+        EXPECT_EQ(status, 0);
+    }
+    bool passUntil(const std::function<bool()>& condition) { return runEventLoopUntil(condition); }
 };
 
 } // namespace

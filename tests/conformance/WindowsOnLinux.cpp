@@ -22,7 +22,8 @@ constexpr double arrival = 0.04; // seconds in which events have surely come
 
 struct X11Subject {
     std::unique_ptr<X11Connection> connection = std::move(*X11Connection::open());
-    X11Windows x11Windows{*connection};
+    X11Screens x11Screens{*connection};
+    X11Windows x11Windows{*connection, x11Screens};
     SyntheticInput user;
     NativeScreen screen = readScreens(connection->raw(), connection->screen()).front();
 

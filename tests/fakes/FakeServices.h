@@ -20,6 +20,28 @@ namespace clipwren {
 
 // The small fakes: each keeps what it was told, and answers what the test has set.
 
+// The live observers of one kind.
+template <typename Observer>
+class FakeObservers {
+public:
+    std::unique_ptr<Observer> add(std::function<void()> handler) {
+        auto observer = std::make_unique<Holder>();
+        observer->handler = std::make_shared<std::function<void()>>(std::move(handler));
+        handlers.push_back(observer->handler);
+        return observer;
+    }
+    void tell() {
+        for (const auto& weakHandler : std::vector(handlers))
+            if (const auto handler = weakHandler.lock()) (*handler)();
+    }
+
+private:
+    struct Holder : Observer {
+        std::shared_ptr<std::function<void()>> handler;
+    };
+    std::vector<std::weak_ptr<std::function<void()>>> handlers;
+};
+
 class FakeBackgroundQueue : public BackgroundQueue {
 public:
     std::deque<std::function<void()>> items;
@@ -46,19 +68,13 @@ public:
     std::vector<std::string> shellCommands;
 
     // The user comes back from another program.
-    void becomeActive() {
-        for (const auto& weakHandler : std::vector(handlers))
-            if (const auto handler = weakHandler.lock()) (*handler)();
-    }
+    void becomeActive() { observers.tell(); }
 
     void setActivationPolicy(ActivationPolicy newPolicy) override { policy = newPolicy; }
     void activateIgnoringOtherApps() override { ++activations; }
     void terminate() override { isTerminated = true; }
     std::unique_ptr<ActivationObserver> observeDidBecomeActive(std::function<void()> handler) override {
-        auto observer = std::make_unique<Observer>();
-        observer->handler = std::make_shared<std::function<void()>>(std::move(handler));
-        handlers.push_back(observer->handler);
-        return observer;
+        return observers.add(std::move(handler));
     }
     BundleFacts bundleFacts() const override { return facts; }
     std::int32_t processIdentifier() const override { return processNumber; }
@@ -66,10 +82,7 @@ public:
     void startShellCommand(const std::string& command) override { shellCommands.push_back(command); }
 
 private:
-    struct Observer : ActivationObserver {
-        std::shared_ptr<std::function<void()>> handler;
-    };
-    std::vector<std::weak_ptr<std::function<void()>>> handlers;
+    FakeObservers<ActivationObserver> observers;
 };
 
 // Login items of a desktop that can be told to refuse.
@@ -104,9 +117,21 @@ public:
     std::optional<Screen> mainScreen;
     std::uint32_t mainDisplay = 1;
 
+    // Somebody plugs and unplugs.
+    void change(std::vector<Screen> newScreens) {
+        attached = std::move(newScreens);
+        observers.tell();
+    }
+
     std::vector<Screen> screens() const override { return attached; }
     std::optional<Screen> main() const override { return mainScreen; }
     std::uint32_t mainDisplayID() const override { return mainDisplay; }
+    std::unique_ptr<ScreensObserver> observeDidChange(std::function<void()> handler) override {
+        return observers.add(std::move(handler));
+    }
+
+private:
+    FakeObservers<ScreensObserver> observers;
 };
 
 class FakePasteboard : public Pasteboard {

@@ -80,15 +80,24 @@ class Desktop:
         self.display = display.Display()
         self.screen = self.display.screen()
         self.root = self.screen.root
-        self.monitors = [(m.x, m.y, m.width_in_pixels, m.height_in_pixels)
-                         for m in randr.get_monitors(self.root).monitors]
-        """(left, top, width, height) of each, the primary one first."""
+        self.read_monitors()
 
     def close(self):
         try:
             self.display.close()
         except error.ConnectionClosedError:
             pass  # the server was ended on purpose
+
+    def read_monitors(self):
+        """Where the monitors are now: (left, top, width, height) of each, the primary one first."""
+        self.monitors = [(m.x, m.y, m.width_in_pixels, m.height_in_pixels)
+                         for m in randr.get_monitors(self.root).monitors]
+
+    def arrange(self, *arguments):
+        """What a person does in the display settings or with a plug; arguments as xrandr takes them."""
+        for command in (["xrandr", *map(str, arguments)], ["xrandr"]):  # looking makes the server look, too
+            subprocess.run(command, check=True, timeout=30, stdout=subprocess.DEVNULL)
+        self.read_monitors()
 
     # Mouse and keys
 
@@ -208,7 +217,8 @@ class Desktop:
 
     def on_monitors(self):
         """A mask of the screen that is true where a monitor shows it."""
-        mask = np.zeros((self.screen.height_in_pixels, self.screen.width_in_pixels), bool)
+        size = self.root.get_geometry()
+        mask = np.zeros((size.height, size.width), bool)
         for left, top, width, height in self.monitors:
             mask[top:top + height, left:left + width] = True
         return mask

@@ -113,6 +113,24 @@ TEST_F(RegionSelectorTest, AReleasedSelectorTakesItsWindowsDownWithoutAWord) {
     EXPECT_TRUE(outcomes.empty());
 }
 
+TEST_F(RegionSelectorTest, BeginsAnewOnTheScreensThatThereAreAfterAChange) {
+    selector->show();
+    window(1).mouseDown({10, 10});
+    window(1).mouseDragged({200, 200});
+    platform.screens.change({{{0, 0, 1024, 768}, 2}});
+    ASSERT_EQ(platform.windows.visible().size(), 1u);
+    EXPECT_TRUE(window(0).isDestroyed && window(1).isDestroyed);
+    EXPECT_EQ(window(2).options.contentRect, (Rect{0, 0, 1024, 768}));
+    EXPECT_TRUE(window(2).wasMadeKey);
+    EXPECT_EQ(platform.windows.keyMonitorCount, 1) << "keys are watched all the time";
+    EXPECT_EQ(std::ranges::count(platform.windows.events, "end key monitor"), 0);
+    EXPECT_TRUE(outcomes.empty());
+    window(2).drag({100, 100}, {40, 300});
+    EXPECT_EQ(outcomes, (std::vector<std::optional<Rect>>{Rect{40, 100, 60, 200}}));
+    platform.screens.change({{{0, 0, 1440, 900}, 1}});
+    EXPECT_TRUE(platform.windows.visible().empty()) << "it is over";
+}
+
 TEST_F(RegionSelectorTest, EveryDragStepAsksForARepaint) {
     selector->show();
     window(0).mouseDown({10, 10});

@@ -22,10 +22,17 @@ int pixelAbove(double value) { return limited(std::ceil(value - conversionError)
 
 } // namespace
 
-Point NativeScreen::localPoint(int x, int y) const { return {x / scale, (pixels.height - y) / scale}; }
+Rect NativeScreen::localBounds() const {
+    const double height = pixels.height / scale;
+    return {0, frame.height - height, pixels.width / scale, height};
+}
+
+Point NativeScreen::localPoint(int x, int y) const {
+    return {x / scale, localBounds().y + (pixels.height - y) / scale};
+}
 
 PixelRect NativeScreen::pixelsTouching(const Rect& localRect) const {
-    const Rect fractional{localRect.x * scale, pixels.height - localRect.maxY() * scale,
+    const Rect fractional{localRect.x * scale, pixels.height - (localRect.maxY() - localBounds().y) * scale,
                           localRect.width * scale, localRect.height * scale};
     return pixelsTouched(fractional).intersection({0, 0, pixels.width, pixels.height});
 }

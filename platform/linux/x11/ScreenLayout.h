@@ -26,6 +26,10 @@ struct NativeScreen {
     Rect frame;       // global points
     double scale = 1; // pixels a point
 
+    // The local points that the screen shows: those of the frame. Where the pixels have become others since
+    // the frame was read, local points stay where they are as seen from the screen's top left.
+    Rect localBounds() const;
+
     // Of a pixel's top left corner, counted from the screen's own top left and possibly beyond the screen:
     // local points, origin at the screen's bottom left, y up.
     Point localPoint(int x, int y) const;
@@ -33,6 +37,8 @@ struct NativeScreen {
     // The whole pixels that a rectangle of local points touches, counted from the screen's own top left and
     // cut to the screen.
     PixelRect pixelsTouching(const Rect& localRect) const;
+
+    friend bool operator==(const NativeScreen&, const NativeScreen&) = default;
 };
 
 // The whole pixels that a rectangle of fractional pixels touches. What conversions leave of an error, a

@@ -33,6 +33,10 @@ constexpr std::int64_t leastOfAllDenominator = 5;
 // something else.
 constexpr int mostRefusals = 3;
 
+// When the region has moved with its display, the veil over it follows, and the windows below find their
+// places.
+constexpr Nanoseconds screensSettleIn = 250 * millisecond;
+
 constexpr int largestSide = 32767; // of a picture in X11
 
 Nanoseconds frameInterval(const MediaTime& time) {
@@ -202,6 +206,7 @@ void X11CaptureWorker::followScreens() {
     if (!placeRegion() || (region == before && visible == visibleBefore)) return;
     composer->clear();
     pictureIsStale = true;
+    if (region != before) heldUntil = X11CaptureLink::now() + screensSettleIn;
 }
 
 X11CaptureWorker::Nanoseconds X11CaptureWorker::nextLook() const {

@@ -48,13 +48,6 @@ X11Compositor::X11Compositor(X11Connection& connection)
     subscription = connection.subscribe([this](const xcb_generic_event_t& event) { return handle(event); });
 }
 
-X11Compositor::Subscription X11Compositor::subscribe(std::function<void()> handler) {
-    auto handlerSubscription = std::make_shared<const std::function<void()>>(std::move(handler));
-    std::erase_if(handlers, [](const auto& known) { return known.expired(); });
-    handlers.push_back(handlerSubscription);
-    return handlerSubscription;
-}
-
 bool X11Compositor::askIsRunning() {
     const auto reply = owned(xcb_get_selection_owner_reply(
         connection.raw(), xcb_get_selection_owner(connection.raw(), selection), nullptr));
@@ -63,10 +56,7 @@ bool X11Compositor::askIsRunning() {
 
 void X11Compositor::settle() {
     const bool runs = askIsRunning();
-    if (std::exchange(running, runs) == runs) return;
-    const auto told = handlers;
-    for (const auto& candidate : told)
-        if (const auto handler = candidate.lock()) (*handler)();
+    if (std::exchange(running, runs) != runs) listeners.tell();
 }
 
 bool X11Compositor::handle(const xcb_generic_event_t& event) {

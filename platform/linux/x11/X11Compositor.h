@@ -1,13 +1,13 @@
 #pragma once
 
+#include "platform/linux/Listeners.h"
 #include "platform/linux/x11/X11Connection.h"
 
 #include <QRegion>
 #include <QTimer>
 
 #include <functional>
-#include <memory>
-#include <vector>
+#include <utility>
 
 namespace clipwren {
 
@@ -22,8 +22,9 @@ public:
 
     // Keeps a handler in place as long as it lives; called from the event loop when a compositor has started
     // or ended.
-    using Subscription = std::shared_ptr<const std::function<void()>>;
-    [[nodiscard]] Subscription subscribe(std::function<void()> handler);
+    [[nodiscard]] Listeners::Subscription subscribe(std::function<void()> handler) {
+        return listeners.subscribe(std::move(handler));
+    }
 
     // Makes the change and returns when it can be seen on the screen: when everything in `area` (native
     // pixels) has been painted anew since, after a fifth of a second at the latest. Without a compositor the
@@ -40,7 +41,7 @@ private:
     std::uint8_t fixesEvent = 0;  // first event number of XFixes; 0 without
     std::uint8_t damageEvent = 0; // of XDamage
     bool running = false;
-    std::vector<std::weak_ptr<const std::function<void()>>> handlers;
+    Listeners listeners;
     QTimer settling;
     X11Connection::Subscription subscription;
 };

@@ -10,6 +10,7 @@
 #include <bit>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace clipwren {
@@ -177,8 +178,7 @@ std::optional<std::uint32_t> X11CoverSurface::uniformPixel(const CanvasRecording
     if (hole)
         exempt = Rect{hole->x / screen.scale, screen.frame.height - hole->maxY() / screen.scale,
                       hole->width / screen.scale, hole->height / screen.scale};
-    const Rect all{0, 0, screen.frame.width, screen.frame.height};
-    const std::optional<Color> color = painting.uniformColor(all, exempt);
+    const std::optional<Color> color = painting.uniformColor(screen.localBounds(), exempt);
     if (!color) return std::nullopt;
     if (look.form == Form::translucent) return pixelOf(*color);
     // The live rows between the stripes stand for the transparency.
@@ -267,6 +267,14 @@ void X11CoverSurface::put(const QImage& image, QPoint at) {
                       static_cast<std::uint32_t>(image.bytesPerLine()) * static_cast<std::uint32_t>(height),
                       image.constScanLine(y));
     }
+}
+
+void X11CoverSurface::vanish() {
+    if (!std::exchange(isShown, false)) return;
+    frozenScreen = {};
+    setShape(XCB_SHAPE_SK_BOUNDING, {});
+    xcb_unmap_window(connection.raw(), window);
+    xcb_flush(connection.raw());
 }
 
 void X11CoverSurface::hide() {

@@ -42,6 +42,8 @@ public:
     void show(const CanvasRecording& painting);
     // Shows the painting in the region (pixels of the screen) of a shown window.
     void paint(const CanvasRecording& painting, const QRegion& region);
+    // Takes the window off without waiting for anything, because everything is about to be painted anew.
+    void vanish();
     // Returns when nothing of the window is on the screen any more, after a bounded wait at the latest.
     void hide();
 

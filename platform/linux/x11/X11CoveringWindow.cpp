@@ -3,6 +3,7 @@
 #include "platform/linux/x11/X11KeyboardGrab.h"
 #include "platform/linux/x11/X11WindowStack.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -45,6 +46,7 @@ X11CoveringWindow::X11CoveringWindow(const Surroundings& surroundings, const X11
         surface.reset();
         renewing.start();
     });
+    screenChanges = surroundings.screenWatch.subscribe([this] { followScreen(); });
 }
 
 X11CoveringWindow::~X11CoveringWindow() { orderOut(); }
@@ -56,9 +58,8 @@ void X11CoveringWindow::setContent(const std::shared_ptr<CoveringWindowContent>&
 }
 
 void X11CoveringWindow::setHole(const std::optional<Rect>& newHole) {
-    hole.reset();
-    if (newHole) hole = place.screen.pixelsTouching(*newHole);
-    if (surface) surface->setHole(hole);
+    hole = newHole;
+    if (surface) applyHole();
 }
 
 void X11CoveringWindow::makeKeyAndOrderFront() {
@@ -69,7 +70,11 @@ void X11CoveringWindow::makeKeyAndOrderFront() {
 
 void X11CoveringWindow::orderFrontRegardless() {
     if (std::exchange(isOrderedIn, true)) return;
-    if (surface) putUp();
+    // Nothing would be right yet, least of all a photograph of the screen.
+    if (surroundings.screenWatch.isSettling())
+        renewing.start();
+    else if (surface)
+        putUp();
 }
 
 void X11CoveringWindow::orderOut() {
@@ -98,9 +103,25 @@ void X11CoveringWindow::takeDown() {
 void X11CoveringWindow::makeSurfaceAnew() {
     surface = X11CoverSurface::create(surroundings.connection, surroundings.compositor, place);
     if (!surface) return;
-    surface->setHole(hole);
+    applyHole();
     applyCursor();
     if (isOrderedIn) putUp();
+}
+
+void X11CoveringWindow::followScreen() {
+    if (place.screen.id == 0) return;
+    const auto& screens = surroundings.screenWatch.screens();
+    const auto screen = std::ranges::find(screens, place.screen.id, &NativeScreen::id);
+    if (screen != screens.end() && screen->pixels == place.screen.pixels && surface) return;
+    renewing.stop();
+    if (surface) {
+        surroundings.stack.remove(surface->id());
+        surface->vanish();
+    }
+    surface.reset();
+    if (screen == screens.end()) return;
+    place.screen.pixels = screen->pixels;
+    renewing.start();
 }
 
 void X11CoveringWindow::setNeedsDisplay() {
@@ -109,8 +130,7 @@ void X11CoveringWindow::setNeedsDisplay() {
 
 CanvasRecording X11CoveringWindow::record() const {
     CanvasRecording recording(surroundings.face);
-    const Rect& frame = place.screen.frame;
-    if (const auto target = content.lock()) target->draw(recording, {0, 0, frame.width, frame.height});
+    if (const auto target = content.lock()) target->draw(recording, place.screen.localBounds());
     return recording;
 }
 
@@ -126,6 +146,10 @@ void X11CoveringWindow::display() {
 void X11CoveringWindow::setCrosshairCursor() {
     if (std::exchange(hasCrosshair, true)) return;
     applyCursor();
+}
+
+void X11CoveringWindow::applyHole() {
+    surface->setHole(hole ? std::optional(place.screen.pixelsTouching(*hole)) : std::nullopt);
 }
 
 void X11CoveringWindow::applyCursor() {

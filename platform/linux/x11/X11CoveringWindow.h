@@ -3,6 +3,7 @@
 #include "platform/Windows.h"
 #include "platform/linux/x11/X11Compositor.h"
 #include "platform/linux/x11/X11CoverSurface.h"
+#include "platform/linux/x11/X11ScreenWatch.h"
 
 #include <QObject>
 #include <QTimer>
@@ -16,8 +17,10 @@ namespace clipwren {
 class X11KeyboardGrab;
 class X11WindowStack;
 
-// A covering window on an X server. Its surface is made anew when a compositor starts or ends; its number
-// changes then. Main thread only.
+// A covering window on an X server. Its surface is made anew when a compositor starts or ends, and when its
+// screen moves or is resized, so that it goes on covering it; what it shows stays where it is as seen from
+// the screen's top left. While the screen is gone there is no surface. Its number changes with the surface.
+// Main thread only.
 class X11CoveringWindow final : public CoveringWindow {
 public:
     // What all covering windows share; outlives them.
@@ -26,6 +29,7 @@ public:
         X11Compositor& compositor;
         X11WindowStack& stack;
         X11KeyboardGrab& keyboardGrab;
+        X11ScreenWatch& screenWatch;
         QFont face;
         xcb_cursor_t crosshair = XCB_NONE;
     };
@@ -54,14 +58,16 @@ private:
     void putUp();
     void takeDown();
     void makeSurfaceAnew();
+    void followScreen();
+    void applyHole();
     void applyCursor();
 
     const Surroundings& surroundings;
-    const X11CoverSurface::Place place;
+    X11CoverSurface::Place place;
     const bool canBecomeKey;
     std::unique_ptr<X11CoverSurface> surface;
     std::weak_ptr<CoveringWindowContent> content;
-    std::optional<PixelRect> hole;
+    std::optional<Rect> hole;
     CanvasRecording shown; // what the surface shows
     QRegion exposed;       // what it has lost and not yet been told the end of
     bool isOrderedIn = false;
@@ -70,7 +76,8 @@ private:
     QTimer displaying;
     QTimer renewing;
     X11Connection::Subscription events;
-    X11Compositor::Subscription compositorChanges;
+    Listeners::Subscription compositorChanges;
+    Listeners::Subscription screenChanges;
 };
 
 } // namespace clipwren

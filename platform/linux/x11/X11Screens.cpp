@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace clipwren {
 
@@ -45,6 +46,11 @@ std::string readResources(xcb_connection_t* connection, xcb_window_t root) {
     return {static_cast<const char*>(xcb_get_property_value(reply.get())),
             static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
 }
+
+struct Observer : ScreensObserver {
+    explicit Observer(Listeners::Subscription subscription) : subscription(std::move(subscription)) {}
+    const Listeners::Subscription subscription;
+};
 
 Screen asScreen(const NativeScreen& screen) { return {.frame = screen.frame, .screenNumber = screen.id}; }
 
@@ -89,6 +95,10 @@ std::optional<Screen> X11Screens::main() const {
 std::uint32_t X11Screens::mainDisplayID() const {
     const std::vector<NativeScreen> natives = nativeScreens();
     return natives.empty() ? 0 : natives.front().id;
+}
+
+std::unique_ptr<ScreensObserver> X11Screens::observeDidChange(std::function<void()> handler) {
+    return std::make_unique<Observer>(changes.subscribe(std::move(handler)));
 }
 
 } // namespace clipwren

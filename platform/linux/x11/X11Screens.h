@@ -2,6 +2,7 @@
 
 #include "platform/Screens.h"
 #include "platform/linux/x11/ScreenLayout.h"
+#include "platform/linux/x11/X11ScreenWatch.h"
 
 #include <xcb/xcb.h>
 
@@ -19,17 +20,20 @@ std::vector<NativeScreen> readScreens(xcb_connection_t* connection, const xcb_sc
 class X11Screens final : public Screens {
 public:
     // The connection outlives this object.
-    explicit X11Screens(X11Connection& connection) : connection(connection) {}
+    explicit X11Screens(X11Connection& connection) : connection(connection), changes(connection) {}
 
     std::vector<Screen> screens() const override;
     // The screen under the pointer, otherwise the primary one.
     std::optional<Screen> main() const override;
     std::uint32_t mainDisplayID() const override;
+    std::unique_ptr<ScreensObserver> observeDidChange(std::function<void()> handler) override;
 
     std::vector<NativeScreen> nativeScreens() const;
+    X11ScreenWatch& watch() { return changes; }
 
 private:
     X11Connection& connection;
+    X11ScreenWatch changes;
 };
 
 } // namespace clipwren

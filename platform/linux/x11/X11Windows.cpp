@@ -23,8 +23,9 @@ xcb_cursor_t loadCrosshair(X11Connection& connection) {
 
 } // namespace
 
-X11Windows::X11Windows(X11Connection& connection)
+X11Windows::X11Windows(X11Connection& connection, X11Screens& screens)
     : connection(connection),
+      screens(screens),
       compositor(connection),
       stack(connection),
       keyboardGrab(connection),
@@ -32,6 +33,7 @@ X11Windows::X11Windows(X11Connection& connection)
                    .compositor = compositor,
                    .stack = stack,
                    .keyboardGrab = keyboardGrab,
+                   .screenWatch = screens.watch(),
                    .face = interfaceFont(),
                    .crosshair = loadCrosshair(connection)} {}
 
@@ -42,8 +44,7 @@ X11Windows::~X11Windows() {
 QFont X11Windows::interfaceFont() { return QFontDatabase::systemFont(QFontDatabase::GeneralFont); }
 
 std::unique_ptr<CoveringWindow> X11Windows::makeCoveringWindow(const CoveringWindowOptions& options) {
-    const auto screen =
-        screenWithFrame(readScreens(connection.raw(), connection.screen()), options.contentRect);
+    const auto screen = screenWithFrame(screens.nativeScreens(), options.contentRect);
     if (!screen) return nullptr;
     return X11CoveringWindow::create(surroundings,
                                      {.screen = *screen, .ignoresMouseEvents = options.ignoresMouseEvents},

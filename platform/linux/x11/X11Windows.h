@@ -11,11 +11,13 @@
 
 namespace clipwren {
 
+class X11Screens;
+
 // Covering windows and key monitors on an X server. Main thread only; needs a QGuiApplication.
 class X11Windows final : public Windows {
 public:
-    // The connection outlives this object. Hot keys that are to work while keys are monitored exist before.
-    explicit X11Windows(X11Connection& connection);
+    // Both outlive this object. Hot keys that are to work while keys are monitored exist before.
+    X11Windows(X11Connection& connection, X11Screens& screens);
     ~X11Windows() override;
 
     // With which covering windows show texts.
@@ -29,6 +31,7 @@ public:
 
 private:
     X11Connection& connection;
+    X11Screens& screens;
     X11Compositor compositor;
     X11WindowStack stack;
     X11KeyboardGrab keyboardGrab;

@@ -52,6 +52,25 @@ TEST(ScreenLayout, CountsPointsOfAScaledServer) {
     EXPECT_EQ(screens[1].scale, 2);
 }
 
+// As seen from the top left, everything stays where it was.
+TEST(ScreenLayout, KeepsLocalPointsInAnotherMode) {
+    NativeScreen screen{.pixels = {0, 0, 1600, 1200}, .frame = {0, 0, 800, 600}, .scale = 2};
+    EXPECT_EQ(screen.localBounds(), (Rect{0, 0, 800, 600}));
+    const Rect rect{100, 50, 60, 40};
+    const PixelRect before = screen.pixelsTouching(rect);
+    EXPECT_EQ(before, (PixelRect{200, 1020, 120, 80}));
+    screen.pixels = {640, 0, 1280, 1060};
+    EXPECT_EQ(screen.localBounds(), (Rect{0, 70, 640, 530}));
+    EXPECT_EQ(screen.localPoint(0, 0), (Point{0, 600}));
+    EXPECT_EQ(screen.localPoint(40, 1060), (Point{20, 70}));
+    EXPECT_EQ(screen.pixelsTouching(rect), (PixelRect{200, 1020, 120, 40})) << "cut off below";
+    screen.pixels = {0, 0, 2560, 1600};
+    EXPECT_EQ(screen.localBounds(), (Rect{0, -200, 1280, 800}));
+    EXPECT_EQ(screen.pixelsTouching(rect), before);
+    EXPECT_EQ(screen.pixelsTouching({750, -20, 100, 50}), (PixelRect{1500, 1140, 200, 100}))
+        << "no longer cut off";
+}
+
 TEST(ScreenLayout, ConvertsPointerPositionsWithoutClamping) {
     const NativeScreen screen{.pixels = {3840, 160, 1600, 1200}, .frame = {1920, 400, 800, 600}, .scale = 2};
     EXPECT_EQ(screen.localPoint(0, 0), (Point{0, 600}));
