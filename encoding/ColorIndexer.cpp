@@ -18,8 +18,9 @@ namespace {
 constexpr std::size_t censusLimit = 8192;
 // What the shared palette may get wrong: in any pixel, and in all pixels together for each byte that it
 // saves. In just noticeable differences.
-constexpr double largestMisfit = 3;
-constexpr double worthOfByte = 1;
+constexpr double largestMisfit = 2.8;
+constexpr double largestMisfitOfColor = 300; // all its pixels together: large flat areas are exact
+constexpr double worthOfByte = 2;
 
 std::vector<std::uint8_t> exactIndices(std::span<const Pixel> colors, const ColorCensus& census) {
     std::vector<std::uint8_t> indices(colors.size());
@@ -119,7 +120,8 @@ std::optional<std::vector<std::uint8_t>> ColorIndexer::sharedEntries(const Color
         result.push_back(sharedEntry(entry.color));
         const double distance = distanceBetween(entry.color, shared[result.back()]);
         misfit += distance * entry.count;
-        if (distance > largestMisfit || misfit > allowed) return std::nullopt;
+        if (distance > largestMisfit || distance * entry.count > largestMisfitOfColor || misfit > allowed)
+            return std::nullopt;
     }
     return result;
 }
@@ -128,7 +130,8 @@ IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t lim
     IndexedColors result;
     if (const auto census = ColorCensus::take(colors, censusLimit)) {
         const bool fitsOwnTable = census->entries().size() <= limit;
-        if (const auto byEntry = sharedEntries(*census, fitsOwnTable ? 0 : tableBytes(limit))) {
+        if (const auto byEntry =
+                sharedEntries(*census, tableBytes(fitsOwnTable ? census->entries().size() : limit))) {
             result.indices = entryIndices(colors, *census, *byEntry);
         } else if (fitsOwnTable) {
             result.palette = exactPalette(*census);
@@ -138,6 +141,7 @@ IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t lim
             result.indices = nearestIndices(colors, *census, result.palette);
         }
     } else {
+        result.manyColors = true;
         ColorHistogram histogram;
         histogram.addNeighbors(colors);
         result.palette = quantize(histogram.summary(), limit);

@@ -17,6 +17,7 @@ namespace clipwren {
 struct IndexedColors {
     Palette palette; // empty: the shared one
     std::vector<std::uint8_t> indices;
+    bool manyColors = false; // too many to look at each, as in photographs
 };
 
 // Chooses palettes for the changes of frames. Any thread may ask at any time.
@@ -27,9 +28,9 @@ public:
     explicit ColorIndexer(const Palette& shared);
 
     // Chooses a palette of at most `limit` colours, 1 to 256, for the pixels, of which there is at least one,
-    // and picks an entry for each: the shared palette where it serves well. With no more than `limit` colours
-    // every pixel keeps its own; otherwise equal colours still become equal, wherever they are, so that flat
-    // areas stay flat.
+    // and picks an entry for each: the shared palette where it serves so well that a table of its own would
+    // not be worth its bytes. Without it no more than `limit` colours stay exact. Equal colours become equal,
+    // wherever they are, so that flat areas stay flat; large ones are exact in the shared palette too.
     IndexedColors index(std::span<const Pixel> colors, std::size_t limit) const;
 
 private:

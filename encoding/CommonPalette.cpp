@@ -1,34 +1,55 @@
 #include "encoding/CommonPalette.h"
 
+#include "encoding/ColorCensus.h"
+#include "encoding/NearestColor.h"
 #include "encoding/PaletteQuantizer.h"
+
+#include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace clipwren {
 
 namespace {
 
-// Enough to know the colours of a change; a frame in full motion shall not outvote many quiet ones.
+// Enough to know the colours of a change.
 constexpr std::size_t mostBlocks = 24;
-constexpr std::size_t quietPixels = 4096;
 
 } // namespace
 
 void CommonPalette::consider(const Image& previous, const Image& current) {
     const FrameChange change = sampledChangeSince(previous, current, mostBlocks);
-    if (change.colors.size() > quietPixels) {
-        histogram.addNeighbors(change.colors);
-        return;
+    // Frames of more colours bring a table of their own anyway.
+    const auto census = ColorCensus::take(change.colors, largestPalette - 1);
+    if (!census) return;
+    for (const ColorCensus::Entry& entry : census->entries()) {
+        pixels.addExact(entry.color, entry.count);
+        frames.addExact(entry.color, 1);
     }
-    for (const Pixel color : change.colors)
-        histogram.addExact(color, 1);
 }
 
 Palette CommonPalette::choose(std::size_t limit) const {
-    std::vector<WeightedColor> colors = histogram.summary();
+    std::vector<WeightedColor> colors = pixels.summary();
+    if (colors.empty()) return {0};
     // Rare colours serve as many frames as frequent ones.
     for (WeightedColor& color : colors)
         color.weight = std::sqrt(color.weight);
-    return colors.empty() ? Palette{0} : quantize(colors, limit);
+    return mostFramesFirst(quantizeEvenly(colors, limit));
+}
+
+Palette CommonPalette::mostFramesFirst(const Palette& palette) const {
+    const NearestColor nearest(palette);
+    std::vector<float> uses(palette.size());
+    for (const WeightedColor& color : frames.summary())
+        uses[nearest.find(perceptualColor(color.color))] += color.weight;
+    std::vector<std::size_t> order(palette.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return uses[a] > uses[b]; });
+    Palette result;
+    for (const std::size_t entry : order)
+        result.push_back(palette[entry]);
+    return result;
 }
 
 } // namespace clipwren

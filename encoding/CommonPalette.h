@@ -17,7 +17,11 @@ public:
     Palette choose(std::size_t limit) const;
 
 private:
-    ColorHistogram histogram;
+    Palette mostFramesFirst(const Palette& palette) const;
+
+    // Of the changes that have few colours.
+    ColorHistogram pixels;
+    ColorHistogram frames;
 };
 
 } // namespace clipwren

@@ -5,17 +5,22 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <span>
+#include <utility>
 
 namespace clipwren {
 
 namespace {
 
-constexpr int refinements = 2;
+// Refining takes time by the sample: fewer rounds for many.
+constexpr std::size_t refinedSamples = 12000;
+constexpr std::size_t mostRefinements = 4;
+constexpr int evenRefinements = 6;
 // A colour that makes up that share of its cluster stands for it instead of the mean.
-constexpr float dominance = 0.6f;
+constexpr float dominance = 0.4f;
 // A colour with that many times the pixels of a mean entry is kept as it is.
-constexpr double prevalence = 2;
+constexpr double prevalence = 1;
 
 struct Sample {
     PerceptualColor place;
@@ -144,6 +149,29 @@ std::vector<Gathering> gathered(std::vector<Sample>& samples, std::size_t limit)
     return gatherings;
 }
 
+// Begins with the samples that lie farthest from all that were chosen before, which bounds the distance of
+// the worst (T. Gonzalez, Clustering to minimize the maximum intercluster distance, 1985), heavy ones first.
+std::vector<Gathering> farApart(std::span<const Sample> kept, std::span<const Sample> samples,
+                                std::size_t limit) {
+    std::vector<float> distances(samples.size(), std::numeric_limits<float>::max());
+    const auto come = [&](const PerceptualColor& place) {
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            distances[i] = std::min(distances[i], squaredDistance(place, samples[i].place));
+    };
+    for (const Sample& sample : kept)
+        come(sample.place);
+    std::vector<Gathering> result;
+    while (result.size() < limit) {
+        std::size_t worst = 0;
+        for (std::size_t i = 1; i < samples.size(); ++i)
+            if (distances[i] * samples[i].weight > distances[worst] * samples[worst].weight) worst = i;
+        if (distances[worst] == 0) break;
+        result.emplace_back().add(samples[worst]);
+        come(samples[worst].place);
+    }
+    return result;
+}
+
 // Takes the samples out that have so many pixels that they earn an entry of their own, however near others
 // are.
 std::vector<Sample> takePrevalent(std::vector<Sample>& samples, std::size_t limit) {
@@ -162,20 +190,15 @@ void addOnce(Palette& palette, Pixel color) {
     if (std::find(palette.begin(), palette.end(), color) == palette.end()) palette.push_back(color);
 }
 
-} // namespace
-
-Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
+std::vector<Sample> samplesOf(const std::vector<WeightedColor>& colors) {
     std::vector<Sample> samples;
     samples.reserve(colors.size());
     for (const WeightedColor& color : colors)
         samples.push_back({perceptualColor(color.color), color.color, color.weight});
+    return samples;
+}
 
-    std::vector<Sample> prevalent = takePrevalent(samples, limit);
-    std::vector<Gathering> gatherings;
-    if (!samples.empty()) gatherings = gathered(samples, limit - prevalent.size());
-    for (int i = 0; i < refinements; ++i)
-        refine(gatherings, prevalent, samples);
-
+Palette heaviestFirst(std::vector<Sample> prevalent, std::vector<Gathering> gatherings) {
     const auto heavier = [](const auto& a, const auto& b) { return a.weight > b.weight; };
     std::stable_sort(prevalent.begin(), prevalent.end(), heavier);
     std::stable_sort(gatherings.begin(), gatherings.end(), heavier);
@@ -185,6 +208,30 @@ Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
     for (const Gathering& gathering : gatherings)
         addOnce(palette, gathering.representative());
     return palette;
+}
+
+} // namespace
+
+Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
+    std::vector<Sample> samples = samplesOf(colors);
+    std::vector<Sample> prevalent = takePrevalent(samples, limit);
+    std::vector<Gathering> gatherings;
+    if (!samples.empty()) gatherings = gathered(samples, limit - prevalent.size());
+    const std::size_t refinements =
+        std::clamp(refinedSamples / (samples.size() + 1), std::size_t{1}, mostRefinements);
+    for (std::size_t i = 0; i < refinements; ++i)
+        refine(gatherings, prevalent, samples);
+    return heaviestFirst(std::move(prevalent), std::move(gatherings));
+}
+
+Palette quantizeEvenly(const std::vector<WeightedColor>& colors, std::size_t limit) {
+    std::vector<Sample> samples = samplesOf(colors);
+    std::vector<Sample> prevalent = takePrevalent(samples, limit);
+    std::vector<Gathering> gatherings;
+    if (!samples.empty()) gatherings = farApart(prevalent, samples, limit - prevalent.size());
+    for (int i = 0; i < evenRefinements; ++i)
+        refine(gatherings, prevalent, samples);
+    return heaviestFirst(std::move(prevalent), std::move(gatherings));
 }
 
 } // namespace clipwren

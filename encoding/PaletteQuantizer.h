@@ -18,4 +18,7 @@ struct WeightedColor {
 // one: few pixels end up far from the nearest of them. A colour that many pixels share is taken over exactly.
 Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit);
 
+// The same, but the farthest of all colours end up as near as possible, whatever they weigh less.
+Palette quantizeEvenly(const std::vector<WeightedColor>& colors, std::size_t limit);
+
 } // namespace clipwren

@@ -127,16 +127,23 @@ TEST(ColorIndexer, TheSharedPaletteServesForFewPixelsNearItThatFitNoTable) {
     EXPECT_FALSE(indexer.index(near, limit).palette.empty());
 }
 
-TEST(ColorIndexer, WhatFitsATableIsAlwaysExact) {
+TEST(ColorIndexer, WhatFitsATableIsExactWhereAnybodyWouldSeeIt) {
     const ColorIndexer indexer({0, 0xFFFFFF, 0x808080});
-    const IndexedColors indexed = indexer.index(std::vector<Pixel>{0x818181, 0xFFFFFF}, 255);
-    EXPECT_EQ(indexed.palette, (Palette{0x818181, 0xFFFFFF}));
-
+    // Hardly to be told apart, and a table costs more.
+    EXPECT_TRUE(indexer.index(std::vector<Pixel>{0x818181, 0xFFFFFF}, 255).palette.empty());
+    // Told apart.
+    EXPECT_EQ(indexer.index(std::vector<Pixel>{0x909090, 0xFFFFFF}, 255).palette,
+              (Palette{0x909090, 0xFFFFFF}));
+    // A large flat area.
+    std::vector<Pixel> flat(2000, 0x818181);
+    flat.push_back(0xFFFFFF);
+    EXPECT_EQ(indexer.index(flat, 255).palette, (Palette{0x818181, 0xFFFFFF}));
+    // Many such colours.
     Palette shared{0};
     std::vector<Pixel> near;
     for (Pixel i = 0; i < 250; ++i) {
         shared.push_back(i * 0x010101);
-        near.push_back(i * 0x010101 + 1);
+        near.insert(near.end(), 60, i * 0x010101 + 1);
     }
     const IndexedColors large = ColorIndexer(shared).index(near, 255);
     for (std::size_t i = 0; i < near.size(); ++i)

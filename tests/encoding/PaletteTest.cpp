@@ -1,6 +1,7 @@
 #include "encoding/CommonPalette.h"
 #include "encoding/NearestColor.h"
 #include "encoding/PaletteIndex.h"
+#include "encoding/PaletteQuantizer.h"
 
 #include "tests/support/TestPicture.h"
 
@@ -73,6 +74,76 @@ TEST(CommonPalette, HoldsTheColorsOfChangesMostUsefulFirst) {
         before = after;
     }
     EXPECT_EQ(common.choose(255), (Palette{0xABCDEF, 0x445566}));
+}
+
+TEST(CommonPalette, BeginsWithWhatMostFramesUse) {
+    TestPicture picture(200, 100, 0xFF111111);
+    CommonPalette common;
+    Image before = picture.image();
+    const auto show = [&](const PixelRect& rect, Pixel color) {
+        picture.fill(rect, color);
+        const Image after = picture.imageAfter(before);
+        common.consider(before, after);
+        before = after;
+    };
+    show({0, 0, 60, 60}, 0xFF445566);
+    for (int i = 0; i < 3; ++i)
+        show({100 + i, 10, 1, 1}, 0xFFABCDEF);
+    EXPECT_EQ(common.choose(255), (Palette{0xABCDEF, 0x445566}));
+}
+
+TEST(CommonPalette, LeavesOutFramesThatBringTheirOwn) {
+    TestPicture picture(200, 100, 0xFF111111);
+    const Image before = picture.image();
+    for (int i = 0; i < 300; ++i)
+        picture.at(i % 60, i / 60) = 0xFF000000 + static_cast<Pixel>(i) * 0x0703;
+    CommonPalette common;
+    common.consider(before, picture.imageAfter(before));
+    EXPECT_EQ(common.choose(255).size(), 1u);
+}
+
+TEST(PaletteQuantizer, EvenlyLeavesNoColorFarFromAll) {
+    // Most lie close together, a few far out.
+    std::mt19937 random(5);
+    std::vector<WeightedColor> colors;
+    for (int i = 0; i < 2000; ++i)
+        colors.push_back({0x808080 + (static_cast<Pixel>(random()) & 0x0F0F0F), 100});
+    for (int i = 0; i < 60; ++i)
+        colors.push_back({static_cast<Pixel>(random()) & 0xFFFFFF, 1});
+    const auto worst = [&](const Palette& palette) {
+        const NearestColor nearest(palette);
+        float result = 0;
+        for (const WeightedColor& color : colors) {
+            const PerceptualColor place = perceptualColor(color.color);
+            result = std::max(result, squaredDistance(place, perceptualColor(palette[nearest.find(place)])));
+        }
+        return result;
+    };
+    const Palette even = quantizeEvenly(colors, 64);
+    EXPECT_LE(even.size(), 64u);
+    EXPECT_LT(worst(even) * 2, worst(quantize(colors, 64)));
+}
+
+TEST(PaletteQuantizer, FewColorsAreAllKept) {
+    std::mt19937 random(6);
+    std::vector<WeightedColor> colors;
+    for (int i = 0; i < 255; ++i)
+        colors.push_back(
+            {(static_cast<Pixel>(random()) & 0xFFFF00) | static_cast<Pixel>(i), i < 5 ? 1e6f : 1.0f});
+    for (Palette palette : {quantizeEvenly(colors, 255), quantize(colors, 255)}) {
+        std::sort(palette.begin(), palette.end());
+        for (const WeightedColor& color : colors)
+            EXPECT_TRUE(std::binary_search(palette.begin(), palette.end(), color.color));
+    }
+}
+
+TEST(PaletteQuantizer, EquallyFrequentColorsFitTheLimit) {
+    std::vector<WeightedColor> colors;
+    for (Pixel i = 0; i < 16; ++i)
+        colors.push_back({i * 0x101010, 1});
+    EXPECT_EQ(quantize(colors, 16).size(), 16u);
+    EXPECT_EQ(quantizeEvenly(colors, 16).size(), 16u);
+    EXPECT_LE(quantize(colors, 4).size(), 4u);
 }
 
 TEST(CommonPalette, WithoutChangesHasOneColor) { EXPECT_EQ(CommonPalette().choose(255).size(), 1u); }
