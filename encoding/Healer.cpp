@@ -7,17 +7,17 @@ namespace clipwren {
 namespace {
 
 // Steps of brightness a pixel and frame that go unnoticed in a picture that stands still.
-constexpr double unnoticed = 0.009;
+constexpr double unnoticed = 0.0105;
 constexpr double longestPatience = 0.25; // a pixel
-// What healing a misfit may take; mostly it is less, as part of it is colour, and part of it stays.
-constexpr double mostStepsOfMisfit = 0.07;
+// What healing a misfit takes; much of it is colour, and part of it stays. It is settled when it is drawn.
+constexpr double stepsOfMisfit = 0.03;
 constexpr std::uint32_t stillFrames = 3;
 constexpr std::uint8_t mostAttempts = 3;
 // The share of the picture that is drawn again in one frame.
-constexpr std::size_t shareOfBlocks = 16;
+constexpr std::size_t shareOfBlocks = 8;
 
 // The mean misfit of a block's pixels, over red, green and blue together, that is worth to be healed.
-constexpr double visibleMisfit = 2;
+constexpr double visibleMisfit = 4;
 
 } // namespace
 
@@ -47,8 +47,8 @@ std::vector<PixelRect> Healer::choose(const Image& previous, const Image& curren
     std::vector<PixelRect> result;
     for (std::size_t i = 0; i < count && patience > 0; ++i) {
         Block& block = blocks[due[i]];
-        expected.back() += mostStepsOfMisfit * block.misfit;
-        patience -= mostStepsOfMisfit * block.misfit;
+        expected.back() += stepsOfMisfit * block.misfit;
+        patience -= stepsOfMisfit * block.misfit;
         ++block.attempts;
         // Until it is drawn again it is not due.
         block.misfit = 0;

@@ -2,6 +2,7 @@
 
 #include "encoding/PaletteIndex.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace clipwren {
@@ -12,8 +13,12 @@ namespace {
 constexpr Pixel nothingYet = 0xFFFFFFFF;
 // How much nearer a colour has to come before a pixel that stands still is drawn again.
 constexpr std::uint32_t worthWhile = 4;
+// The same for each step of brightness that it takes.
+constexpr std::uint32_t worthOfStep = 2;
 // How much farther off than the nearest colour of the palette a pixel may be that needs not be drawn then.
-constexpr std::uint32_t unnoticed = 5;
+constexpr std::uint32_t unnoticed = 2;
+// The same while most of the picture moves.
+constexpr std::uint32_t unnoticedInMotion = 5;
 
 int brightness(Pixel color) {
     return static_cast<int>((77 * (color >> 16 & 0xFF) + 150 * (color >> 8 & 0xFF) + 29 * (color & 0xFF)) >>
@@ -40,11 +45,13 @@ std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span
                                             Healer& healer) {
     std::vector<IndexChoice> result = stayingChoices(change.rect, palette, transparent);
     const std::size_t changedRuns = change.runs.size() - change.healingRuns;
+    const bool mostMoves = 2 * change.colors.size() > colors.size();
+    const std::uint32_t tolerance = mostMoves ? unnoticedInMotion : unnoticed;
     std::size_t next = 0;
     std::uint32_t steps = 0;
     for (std::size_t i = 0; i < change.runs.size(); ++i) {
         const PixelRun& run = change.runs[i];
-        const DrawnRun drawn{indices.data() + next, change.colors.data() + next, &palette,
+        const DrawnRun drawn{indices.data() + next, change.colors.data() + next, &palette, tolerance,
                              result.data() + (run.y - change.rect.y) * change.rect.width +
                                  (run.x - change.rect.x)};
         next += static_cast<std::size_t>(run.length);
@@ -64,10 +71,10 @@ std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) 
         const std::uint8_t index = drawn.indices[i];
         const Pixel color = (*drawn.palette)[index];
         const std::uint32_t after = difference(color, drawn.wanted[i]);
-        const bool stays = shown[i] == color || (after > 0 && shown[i] != nothingYet &&
-                                                 difference(shown[i], drawn.wanted[i]) <= after + unnoticed);
-        if (stays) {
-            misfit += difference(shown[i], drawn.wanted[i]);
+        const std::uint32_t before = difference(shown[i], drawn.wanted[i]);
+        const bool mayStay = after > 0 && shown[i] != nothingYet && before <= after + drawn.tolerance;
+        if (shown[i] == color || mayStay) {
+            misfit += before;
             continue;
         }
         misfit += after;
@@ -86,12 +93,13 @@ std::uint32_t ShownPicture::healRun(const PixelRun& run, const DrawnRun& drawn, 
         const Pixel color = (*drawn.palette)[index];
         const std::uint32_t before = difference(shown[i], drawn.wanted[i]);
         const std::uint32_t after = difference(color, drawn.wanted[i]);
-        if (after + worthWhile > before) {
+        const auto step = static_cast<std::uint32_t>(std::abs(brightness(color) - brightness(shown[i])));
+        if (after + std::max(worthWhile, worthOfStep * step) > before) {
             misfit += before;
             continue;
         }
         misfit += after;
-        steps += static_cast<std::uint32_t>(std::abs(brightness(color) - brightness(shown[i])));
+        steps += step;
         shown[i] = color;
         drawn.target[i] = {index, index};
     }

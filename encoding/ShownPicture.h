@@ -33,6 +33,7 @@ private:
         const std::uint8_t* indices;
         const Pixel* wanted;
         const Palette* palette;
+        std::uint32_t tolerance;
         IndexChoice* target;
     };
     // Returns how far the pixels are now from what was wanted.
