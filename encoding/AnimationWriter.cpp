@@ -4,6 +4,7 @@
 #include "encoding/CommonPalette.h"
 #include "encoding/FrameChange.h"
 #include "encoding/GifWriter.h"
+#include "encoding/IndexChoices.h"
 #include "encoding/LzwEncoder.h"
 #include "encoding/ShownPicture.h"
 #include "encoding/WorkCrew.h"
@@ -12,6 +13,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <span>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -25,6 +27,8 @@ namespace {
 constexpr std::size_t framesAhead = 4;
 // The index that leaves a pixel as it is, in images with the shared palette.
 constexpr std::uint8_t sharedTransparency = 0;
+// The share of all pixels for which there is time to try out whether staying as they are compresses best.
+constexpr double triedShare = 0.15;
 // More would find nothing to do.
 constexpr unsigned mostThreads = 4;
 
@@ -50,6 +54,7 @@ struct FrameJob {
     FrameChange change;
     IndexedColors indexed;
     std::vector<IndexChoice> indices;
+    bool triesStaying = true;
     GifFrame result;
     std::shared_ptr<WorkCrew::Task> task; // of the stage that was begun last
 };
@@ -67,7 +72,6 @@ void chooseColors(FrameJob& job, const ColorIndexer& indexer) {
 void leaveAll(FrameJob& job) {
     job.result.rect = {0, 0, 1, 1};
     job.result.transparency = sharedTransparency;
-    job.result.minimumCodeSize = minimumCodeSize(sharedTransparency + std::size_t{1});
     job.indices = {{sharedTransparency, sharedTransparency}};
 }
 
@@ -87,12 +91,13 @@ void drawChange(FrameJob& job, ShownPicture& shown, const Palette& shared, Heale
         result.palette.push_back(0);
         result.transparency = transparent;
     }
-    result.minimumCodeSize = minimumCodeSize(usesShared ? shared.size() : result.palette.size());
     job.change = {};
     job.indexed = {};
 }
 
 void compress(FrameJob& job) {
+    if (!job.triesStaying) decideStaying(job.indices, *job.result.transparency);
+    job.result.minimumCodeSize = useShortCodes(job.indices, *job.result.transparency);
     job.result.data = LzwEncoder().encode(job.indices, job.result.minimumCodeSize);
     job.indices = {};
 }
@@ -155,10 +160,22 @@ private:
 
     void drawNext(ShownPicture& shown) {
         std::unique_ptr<FrameJob> job = take(choosing);
+        const bool manyColors = job->indexed.manyColors;
         drawChange(*job, shown, shared, *healer);
+        job->triesStaying = manyColors || spendTrials(job->indices.size());
         if (job->previous) healer->drawn(job->healing.empty() ? 0 : shown.lastHealingSteps());
         job->task = crew.start([job = job.get()] { compress(*job); });
         compressing.push_back(std::move(job));
+    }
+
+    // Whether there is time to try out how so many pixels compress best. In quiet recordings there always is;
+    // where much moves it wins little, except in photographs, which compress badly anyhow.
+    bool spendTrials(std::size_t pixels) {
+        const double area = static_cast<double>(size.width) * size.height;
+        trials = std::min(trials + triedShare * area, area);
+        if (static_cast<double>(pixels) > trials) return false;
+        trials -= static_cast<double>(pixels);
+        return true;
     }
 
     void writeNext() { writer.frame(take(compressing)->result); }
@@ -180,6 +197,7 @@ private:
     std::optional<Healer> healer;
     std::optional<Image> last;
     std::size_t begun = 0;
+    double trials = 0; // pixels
     std::deque<std::unique_ptr<FrameJob>> choosing;
     std::deque<std::unique_ptr<FrameJob>> compressing;
     // Ends before the jobs that its tasks work on.
