@@ -215,6 +215,12 @@ class Desktop:
                 continue
         return found
 
+    def window_manager(self):
+        """Its name, as it tells it itself."""
+        check = self.root.get_full_property(self.display.intern_atom("_NET_SUPPORTING_WM_CHECK"), X.AnyPropertyType)
+        window = self.display.create_resource_object("window", check.value[0])
+        return window.get_full_text_property(self.display.intern_atom("_NET_WM_NAME"))
+
     def on_monitors(self):
         """A mask of the screen that is true where a monitor shows it."""
         size = self.root.get_geometry()

@@ -17,8 +17,11 @@ using Clock = std::chrono::steady_clock;
 constexpr int longestRepaint = 100; // milliseconds
 constexpr int shortestSecond = 16;
 constexpr int longestSecond = 100;
-// Between the moment when a compositor names itself, or is gone, and the moment when its windows are right.
-constexpr int settlingTime = 150; // milliseconds
+// Between the moment when a compositor is gone and the moment when all windows have painted what it kept.
+constexpr int endTime = 150; // milliseconds
+// Between the moment when one names itself and the moment when it surely paints: until then a translucent window
+// is black. Nothing is lost by waiting, since what can be seen without a compositor stays.
+constexpr int startTime = 400;
 constexpr std::uint8_t eventTypeMask = 0x7F;
 
 } // namespace
@@ -43,7 +46,6 @@ X11Compositor::X11Compositor(X11Connection& connection)
     }
     running = askIsRunning();
     settling.setSingleShot(true);
-    settling.setInterval(settlingTime);
     QObject::connect(&settling, &QTimer::timeout, &settling, [this] { settle(); });
     subscription = connection.subscribe([this](const xcb_generic_event_t& event) { return handle(event); });
 }
@@ -56,15 +58,17 @@ bool X11Compositor::askIsRunning() {
 
 void X11Compositor::settle() {
     const bool runs = askIsRunning();
-    if (std::exchange(running, runs) != runs) listeners.tell();
+    const bool hasChanged = std::exchange(running, runs) != runs;
+    if (std::exchange(endWasTold, false) || hasChanged) listeners.tell();
 }
 
 bool X11Compositor::handle(const xcb_generic_event_t& event) {
     if (fixesEvent == 0 || (event.response_type & eventTypeMask) != fixesEvent + XCB_XFIXES_SELECTION_NOTIFY)
         return false;
-    if (reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event).selection != selection)
-        return false;
-    settling.start();
+    const auto& notice = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
+    if (notice.selection != selection) return false;
+    settling.start(notice.owner == XCB_NONE ? endTime : startTime);
+    if (notice.owner == XCB_NONE && running && !std::exchange(endWasTold, true)) endListeners.tell();
     return true;
 }
 

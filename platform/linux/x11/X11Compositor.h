@@ -20,8 +20,12 @@ public:
     // As last heard, a moment after the fact: what a compositor does when it starts and ends takes time.
     bool isRunning() const { return running; }
 
-    // Keeps a handler in place as long as it lives; called from the event loop when a compositor has started
-    // or ended.
+    // Called from the event loop at once when a running compositor goes: what it made translucent is opaque.
+    [[nodiscard]] Listeners::Subscription subscribeToEnd(std::function<void()> handler) {
+        return endListeners.subscribe(std::move(handler));
+    }
+    // Called from the event loop when a compositor has started or ended, also if another one has taken its
+    // place.
     [[nodiscard]] Listeners::Subscription subscribe(std::function<void()> handler) {
         return listeners.subscribe(std::move(handler));
     }
@@ -41,6 +45,8 @@ private:
     std::uint8_t fixesEvent = 0;  // first event number of XFixes; 0 without
     std::uint8_t damageEvent = 0; // of XDamage
     bool running = false;
+    bool endWasTold = false;
+    Listeners endListeners;
     Listeners listeners;
     QTimer settling;
     X11Connection::Subscription subscription;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint8_t eventTypeMask = 0x7F;
 constexpr xcb_button_t primaryButton = 1;
-// For the windows below to paint what was under this one when no compositor keeps their pictures any more.
+// For the windows below to find their places, and to paint what was under this one.
 constexpr auto uncoveringTime = std::chrono::milliseconds(150);
 
 } // namespace
@@ -41,10 +41,11 @@ X11CoveringWindow::X11CoveringWindow(const Surroundings& surroundings, const X11
     QObject::connect(&renewing, &QTimer::timeout, &renewing, [this] { makeSurfaceAnew(); });
     events =
         surroundings.connection.subscribe([this](const xcb_generic_event_t& event) { return handle(event); });
+    // The windows below have until the change is told to paint what no compositor keeps for them any more.
+    compositorEnd = surroundings.compositor.subscribeToEnd([this] { dropSurface(); });
     compositorChanges = surroundings.compositor.subscribe([this] {
-        takeDown();
-        surface.reset();
-        renewing.start();
+        dropSurface();
+        if (!renewing.isActive()) makeSurfaceAnew();
     });
     screenChanges = surroundings.screenWatch.subscribe([this] { followScreen(); });
 }
@@ -101,6 +102,7 @@ void X11CoveringWindow::takeDown() {
 }
 
 void X11CoveringWindow::makeSurfaceAnew() {
+    if (!isOnScreen) return;
     surface = X11CoverSurface::create(surroundings.connection, surroundings.compositor, place);
     if (!surface) return;
     applyHole();
@@ -114,14 +116,20 @@ void X11CoveringWindow::followScreen() {
     const auto screen = std::ranges::find(screens, place.screen.id, &NativeScreen::id);
     if (screen != screens.end() && screen->pixels == place.screen.pixels && surface) return;
     renewing.stop();
-    if (surface) {
-        surroundings.stack.remove(surface->id());
-        surface->vanish();
-    }
-    surface.reset();
-    if (screen == screens.end()) return;
+    dropSurface();
+    isOnScreen = screen != screens.end();
+    if (!isOnScreen) return;
     place.screen.pixels = screen->pixels;
     renewing.start();
+}
+
+void X11CoveringWindow::dropSurface() {
+    isDragging = false;
+    exposed = {};
+    if (!surface) return;
+    surroundings.stack.remove(surface->id());
+    surface->vanish();
+    surface.reset();
 }
 
 void X11CoveringWindow::setNeedsDisplay() {

@@ -58,6 +58,7 @@ private:
     void putUp();
     void takeDown();
     void makeSurfaceAnew();
+    void dropSurface();
     void followScreen();
     void applyHole();
     void applyCursor();
@@ -71,11 +72,13 @@ private:
     CanvasRecording shown; // what the surface shows
     QRegion exposed;       // what it has lost and not yet been told the end of
     bool isOrderedIn = false;
+    bool isOnScreen = true; // whether the screen is there
     bool isDragging = false;
     bool hasCrosshair = false;
     QTimer displaying;
     QTimer renewing;
     X11Connection::Subscription events;
+    Listeners::Subscription compositorEnd;
     Listeners::Subscription compositorChanges;
     Listeners::Subscription screenChanges;
 };
