@@ -19,8 +19,8 @@ constexpr int shortestSecond = 16;
 constexpr int longestSecond = 100;
 // Between the moment when a compositor is gone and the moment when all windows have painted what it kept.
 constexpr int endTime = 150; // milliseconds
-// Between the moment when one names itself and the moment when it surely paints: until then a translucent window
-// is black. Nothing is lost by waiting, since what can be seen without a compositor stays.
+// Between the moment when one names itself and the moment when it surely paints: until then a translucent
+// window is black. Nothing is lost by waiting, since what can be seen without a compositor stays.
 constexpr int startTime = 400;
 constexpr std::uint8_t eventTypeMask = 0x7F;
 
