@@ -38,7 +38,7 @@ BlockPool::~BlockPool() {
 
 BlockPool::Chunk* BlockPool::makeChunk() {
     void* memory = ::operator new(chunkSize, std::align_val_t{chunkSize});
-    if (const ChunkAdvice advice = chunkAdvice) advice(memory, chunkSize);
+    if (const ChunkAdvice advice = chunkAdvice; advice && chunkCount > 0) advice(memory, chunkSize);
     auto* chunk = new (memory) Chunk;
     chunk->untouched = (sizeof(Chunk) + alignment - 1) / alignment * alignment;
     chunk->openIndex = open.size();

@@ -26,8 +26,9 @@ public:
     // How much is held from the system.
     std::size_t byteCount() const;
 
-    // What to do with each new chunk of any pool before its first use: a platform may ask its system for
-    // large pages there. Nothing at first. Any thread; counts for the chunks made afterwards.
+    // What to do with a new chunk before its first use: a platform may ask its system for large pages there.
+    // A pool's only chunk is left out, so that who needs little takes little. Nothing at first. Any thread;
+    // counts for the chunks made afterwards.
     using ChunkAdvice = void (*)(void* memory, std::size_t size);
     static void setChunkAdvice(ChunkAdvice advice);
 
