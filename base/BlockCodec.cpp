@@ -1,0 +1,155 @@
+#include "base/BlockCodec.h"
+
+#include "base/BitGroups.h"
+#include "base/BlockPlanes.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+
+namespace clipwren {
+
+namespace {
+
+using bitgroups::getGroup;
+using bitgroups::groupSize;
+using bitgroups::putGroup;
+
+constexpr int width = Image::blockWidth;
+constexpr int height = Image::blockHeight;
+constexpr int pixelCount = width * height;
+constexpr int groupsInRow = width / groupSize;
+constexpr int groupCount = pixelCount / groupSize;
+static_assert(groupCount == 64, "a bit of one word for each group");
+
+// A packed block begins with its kind: how many colours its palette has, or that it has none. Without a
+// palette there are planes of one channel each; alpha has none where all is opaque.
+constexpr int largestColorCount = 16;
+constexpr std::uint8_t opaquePlanes = 0;
+constexpr std::uint8_t fourPlanes = largestColorCount + 1;
+static_assert(largestPackedBlock == 1 + height * 4 * (2 + width));
+
+// A bit for each group that equals the one above it, or, in the first row, is of the first pixel's colour.
+std::uint64_t repeatedGroups(const Pixel* pixels) {
+    std::uint64_t repeated = 0;
+    for (int group = 0; group < groupCount; ++group) {
+        const Pixel* now = pixels + group * groupSize;
+        Pixel difference = 0;
+        if (group < groupsInRow)
+            for (int i = 0; i < groupSize; ++i)
+                difference |= now[i] ^ pixels[0];
+        else
+            for (int i = 0; i < groupSize; ++i)
+                difference |= now[i] ^ now[i - width];
+        repeated |= std::uint64_t{difference == 0} << group;
+    }
+    return repeated;
+}
+
+struct Colors {
+    std::array<Pixel, largestColorCount> palette{};
+    std::array<std::uint8_t, pixelCount> indices; // of the groups that are not repeated, one after another
+    int count = 0;                                // 0: too many
+};
+
+void findColors(const Pixel* pixels, std::uint64_t repeated, Colors& colors) {
+    constexpr int slotCount = 64;
+    constexpr std::uint8_t none = 0xFF;
+    const auto slotOf = [](Pixel color) { return color * 2654435761u >> 26; };
+    std::array<std::uint8_t, slotCount> slots;
+    slots.fill(none);
+    Pixel color = pixels[0];
+    std::uint8_t index = 0;
+    colors.palette[0] = color;
+    colors.count = 1;
+    slots[slotOf(color)] = index;
+    std::uint8_t* out = colors.indices.data();
+    for (std::uint64_t left = ~repeated; left != 0; left &= left - 1) {
+        const Pixel* group = pixels + std::countr_zero(left) * groupSize;
+        for (int i = 0; i < groupSize; ++i) {
+            if (group[i] != color) {
+                color = group[i];
+                unsigned slot = slotOf(color);
+                while (slots[slot] != none && colors.palette[slots[slot]] != color)
+                    slot = (slot + 1) % slotCount;
+                if (slots[slot] == none) {
+                    if (colors.count == largestColorCount) {
+                        colors.count = 0;
+                        return;
+                    }
+                    slots[slot] = static_cast<std::uint8_t>(colors.count);
+                    colors.palette[static_cast<std::size_t>(colors.count++)] = color;
+                }
+                index = slots[slot];
+            }
+            *out++ = index;
+        }
+    }
+}
+
+int indexBits(int colorCount) { return colorCount <= 2 ? 1 : colorCount <= 4 ? 2 : 4; }
+
+std::uint8_t* packColors(const Colors& colors, std::uint64_t repeated, std::uint8_t* to) {
+    *to++ = static_cast<std::uint8_t>(colors.count);
+    const auto paletteSize = static_cast<std::size_t>(colors.count) * sizeof(Pixel);
+    std::memcpy(to, colors.palette.data(), paletteSize);
+    to += paletteSize;
+    std::memcpy(to, &repeated, sizeof repeated);
+    to += sizeof repeated;
+    const std::uint8_t* indices = colors.indices.data();
+    for (int left = groupCount - std::popcount(repeated); left > 0; --left, indices += groupSize)
+        to = putGroup(indexBits(colors.count), indices, to);
+    return to;
+}
+
+void unpackColors(int count, const std::uint8_t* from, Pixel* pixels) {
+    std::array<Pixel, largestColorCount> palette;
+    const auto paletteSize = static_cast<std::size_t>(count) * sizeof(Pixel);
+    std::memcpy(palette.data(), from, paletteSize);
+    from += paletteSize;
+    std::uint64_t repeated;
+    std::memcpy(&repeated, from, sizeof repeated);
+    from += sizeof repeated;
+    for (int group = 0; group < groupCount; ++group, pixels += groupSize) {
+        if ((repeated >> group & 1) == 0) {
+            std::array<std::uint8_t, groupSize> indices;
+            from = getGroup(indexBits(count), from, indices.data());
+            for (int i = 0; i < groupSize; ++i)
+                pixels[i] = palette[indices[static_cast<std::size_t>(i)]];
+        } else if (group < groupsInRow) {
+            std::fill_n(pixels, groupSize, palette[0]);
+        } else {
+            std::copy_n(pixels - width, groupSize, pixels);
+        }
+    }
+}
+
+bool isOpaque(const Pixel* pixels) {
+    Pixel common = 0xFFFFFFFF;
+    for (int i = 0; i < pixelCount; ++i)
+        common &= pixels[i];
+    return common >> 24 == 0xFF;
+}
+
+} // namespace
+
+std::size_t packBlock(const Pixel* pixels, std::uint8_t* packed) {
+    const std::uint64_t repeated = repeatedGroups(pixels);
+    Colors colors;
+    findColors(pixels, repeated, colors);
+    if (colors.count > 0) return static_cast<std::size_t>(packColors(colors, repeated, packed) - packed);
+    const bool opaque = isOpaque(pixels);
+    packed[0] = opaque ? opaquePlanes : fourPlanes;
+    return static_cast<std::size_t>(packPlanes(pixels, opaque, packed + 1) - packed);
+}
+
+void unpackBlock(const std::uint8_t* packed, Pixel* pixels) {
+    const int kind = packed[0];
+    if (kind == opaquePlanes || kind == fourPlanes)
+        unpackPlanes(packed + 1, kind == opaquePlanes, pixels);
+    else
+        unpackColors(kind, packed + 1, pixels);
+}
+
+} // namespace clipwren
