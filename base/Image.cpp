@@ -32,6 +32,10 @@ Image::Image(PixelSize size, std::shared_ptr<const BlockTable> blocks)
     : size(size),
       blocks(std::move(blocks)) {}
 
+Image::Image(PixelSize size, std::vector<BlockPointer> blocks)
+    : size(size),
+      blocks(std::make_shared<const BlockTable>(std::move(blocks))) {}
+
 Image::Image(const PixelView& view, Alpha alpha) : size{view.width, view.height} {
     if (view.width < 1 || view.height < 1) fatalError("an image needs at least one pixel");
     auto table = std::make_shared<BlockTable>();
@@ -98,8 +102,12 @@ Image Image::replacing(std::span<const Patch> patches, Alpha alpha) const {
     return {size, std::move(table)};
 }
 
+std::shared_ptr<Image::Block> Image::makeBlock() {
+    return std::allocate_shared_for_overwrite<Block>(BlockAllocator<Block>());
+}
+
 std::shared_ptr<Image::Block> Image::makeBlock(const PixelRect& area) {
-    auto block = std::allocate_shared_for_overwrite<Block>(BlockAllocator<Block>());
+    auto block = makeBlock();
     if (area.width < blockWidth || area.height < blockHeight) block->fill(0);
     return block;
 }

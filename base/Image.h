@@ -35,6 +35,10 @@ public:
     static constexpr int blockWidth = 64;
     static constexpr int blockHeight = 16;
 
+    // Rows of blockWidth pixels. What lies beyond the picture's edges is zero.
+    using Block = std::array<Pixel, std::size_t{blockWidth} * blockHeight>;
+    using BlockPointer = std::shared_ptr<const Block>;
+
     // New pixels for one rectangle: `pixels` points at the pixel of the rectangle's top left corner.
     struct Patch {
         PixelRect rect;
@@ -47,6 +51,9 @@ public:
 
     // Copies the view, whose width and height are at least 1.
     explicit Image(const PixelView& view, Alpha alpha = Alpha::kept);
+
+    // Takes the blocks of a whole grid, row by row from the top left.
+    Image(PixelSize size, std::vector<BlockPointer> blocks);
 
     // The same picture with the patches laid over it, in their order; each is clipped to the picture. A block
     // whose pixels come out as they were is shared all the same.
@@ -64,6 +71,12 @@ public:
     int blockColumns() const { return (size.width + blockWidth - 1) / blockWidth; }
     int blockRows() const { return (size.height + blockHeight - 1) / blockHeight; }
     PixelRect blockRect(int column, int row) const;
+
+    // The grid's blocks themselves, for other ways to keep a picture.
+    std::span<const BlockPointer> allBlocks() const { return *blocks; }
+
+    // A block to be filled: its pixels are undefined.
+    static std::shared_ptr<Block> makeBlock();
 
     // The pixels of one block: row y of it begins at the returned pointer + y * blockWidth, also in the last
     // column. Valid as long as any picture that shares the block.
@@ -85,22 +98,18 @@ public:
     Pixel pixel(int x, int y) const;
 
 private:
-    // Rows of blockWidth pixels. What lies beyond the picture's edges is zero.
-    using Block = std::array<Pixel, std::size_t{blockWidth} * blockHeight>;
-    using BlockTable = std::vector<std::shared_ptr<const Block>>;
+    using BlockTable = std::vector<BlockPointer>;
 
     Image(PixelSize size, std::shared_ptr<const BlockTable> blocks);
 
-    // A block to be written: its pixels inside the picture are undefined.
+    // With zeros beyond the picture's edges.
     static std::shared_ptr<Block> makeBlock(const PixelRect& area);
 
     std::size_t index(int column, int row) const {
         return static_cast<std::size_t>(row) * static_cast<std::size_t>(blockColumns()) +
                static_cast<std::size_t>(column);
     }
-    const std::shared_ptr<const Block>& block(int column, int row) const {
-        return (*blocks)[index(column, row)];
-    }
+    const BlockPointer& block(int column, int row) const { return (*blocks)[index(column, row)]; }
 
     PixelSize size;
     std::shared_ptr<const BlockTable> blocks;

@@ -84,11 +84,13 @@ void printCounters(const std::vector<RecordedFrame>& frames, const Options& opti
     int duplicates = 0, gaps = 0, backwards = 0;
     std::vector<double> late;
     int before = -1;
+    ImageUnpacker unpacker;
     for (const RecordedFrame& frame : frames) {
+        const Image image = frame.image.unpacked(unpacker);
         const double scale = static_cast<double>(options.toWidth) / options.width;
         const int number = FrameCounter::read([&](int x, int y) {
-            return static_cast<int>(
-                frame.image.pixel(static_cast<int>(x * scale), static_cast<int>(y * scale)) & 0xFF);
+            return static_cast<int>(image.pixel(static_cast<int>(x * scale), static_cast<int>(y * scale)) &
+                                    0xFF);
         });
         if (before >= 0) {
             duplicates += number == before;

@@ -1,10 +1,10 @@
 // Writes raw frames as a GIF with the product's own encoder and prints what it cost, one "name value" a line.
 //
-//   clipwren-encode [--plain] [--threads N] FRAMES TIMES OUT
+//   clipwren-encode [--plain] [--packed] [--threads N] FRAMES TIMES OUT
 //
 // FRAMES holds BGRA frames one after another; TIMES says "width height" and then the presentation time of
 // each frame in seconds, one a line. With --plain the frames go without the badge. The frames are first read
-// into block-shared images, as the recorder hands them over; that is timed by itself.
+// into block-shared images; that is timed by itself. With --packed they are handed over as the recorder does.
 
 #include "encoding/AnimationWriter.h"
 #include "encoding/ByteSink.h"
@@ -24,6 +24,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -33,6 +34,7 @@ namespace {
 
 struct Options {
     bool plain = false;
+    bool packed = false;
     unsigned threads = encodingThreads();
     const char* frames = nullptr;
     const char* times = nullptr;
@@ -45,6 +47,8 @@ bool parse(int argc, char** argv, Options& options) {
         const std::string_view argument = argv[i];
         if (argument == "--plain")
             options.plain = true;
+        else if (argument == "--packed")
+            options.packed = true;
         else if (argument == "--threads" && i + 1 < argc)
             options.threads = static_cast<unsigned>(std::atoi(argv[++i]));
         else
@@ -66,11 +70,14 @@ std::vector<RecordedFrame> read(const Options& options) {
     std::vector<Pixel> buffer(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
     const auto size = static_cast<std::streamsize>(buffer.size() * sizeof(Pixel));
     std::vector<RecordedFrame> frames;
+    std::optional<Image> last;
+    std::optional<ImagePacker> packer;
+    if (options.packed) packer.emplace();
     for (double time = 0; times >> time;) {
         if (!pixels.read(reinterpret_cast<char*>(buffer.data()), size)) return {};
         const Image::Patch whole{{0, 0, width, height}, buffer.data(), width};
-        frames.push_back({frames.empty() ? Image(PixelView{buffer.data(), width, height, width})
-                                         : frames.back().image.replacing({&whole, 1}),
+        last = last ? last->replacing({&whole, 1}) : Image(PixelView{buffer.data(), width, height, width});
+        frames.push_back({packer ? FrameImage(packer->pack(*last)) : FrameImage(*last),
                           MediaTime::nanoseconds(std::llround(time * 1e9))});
     }
     return frames;
@@ -143,7 +150,7 @@ int encode(const Options& options, Canvases* canvases) {
 int main(int argc, char** argv) {
     Options options;
     if (!parse(argc, argv, options)) {
-        std::fprintf(stderr, "usage: clipwren-encode [--plain] [--threads N] FRAMES TIMES OUT\n");
+        std::fprintf(stderr, "usage: clipwren-encode [--plain] [--packed] [--threads N] FRAMES TIMES OUT\n");
         return 2;
     }
     if (options.plain) return encode(options, nullptr);

@@ -1,17 +1,24 @@
 #pragma once
 
+#include "base/PackedImage.h"
 #include "capture/RecordedFrame.h"
 #include "platform/ScreenCapture.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
 namespace clipwren {
 
 // The frames of a running recording. Every operation runs on the recorder's frame queue.
+//
+// Pictures are kept packed: that costs less than what the system asks for the memory of plain ones.
 class FrameStore : public StreamOutput {
 public:
+    // `isBehind` tells whether more samples wait already: then a picture is kept as it is, which is quicker.
+    explicit FrameStore(std::function<bool()> isBehind = [] { return false; });
+
     // Keeps the sample's picture if it is a valid, complete picture of the screen; drops it silently
     // otherwise. The first kept frame has the zero time.
     void didOutputSample(CaptureStream& stream, const StreamSample& sample, StreamOutputType type) override;
@@ -24,6 +31,8 @@ public:
     std::int64_t byteCount() const { return byteCountTotal; }
 
 private:
+    std::function<bool()> isBehind;
+    ImagePacker packer;
     std::vector<RecordedFrame> frames;
     std::optional<MediaTime> startPTS; // of the first kept frame
     std::int64_t byteCountTotal = 0;

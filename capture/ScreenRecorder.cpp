@@ -35,7 +35,8 @@ std::shared_ptr<ScreenRecorder> ScreenRecorder::create(const Platform& platform)
 ScreenRecorder::ScreenRecorder(const Platform& platform)
     : platform(platform),
       frameQueue(std::make_shared<SerialQueue>("app.clipwren.Clipwren.frames")),
-      store(std::make_shared<FrameStore>()),
+      // Asked on the queue itself, which is there as long as it runs anything.
+      store(std::make_shared<FrameStore>([queue = frameQueue.get()] { return queue->pending() > 0; })),
       streamDelegate(std::make_shared<StoppedStreamLog>(platform.log)) {}
 
 ScreenRecorder::~ScreenRecorder() = default;

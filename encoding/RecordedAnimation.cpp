@@ -9,9 +9,9 @@ namespace clipwren {
 
 namespace {
 
-Image stamped(const RecordedFrame& frame, Canvases* canvases) {
-    if (!canvases) return frame.image;
-    return applyWatermark(frame.image, pulsePhase(frame.presentationTime), *canvases).value_or(frame.image);
+Image stamped(Image image, const MediaTime& time, Canvases* canvases) {
+    if (!canvases) return image;
+    return applyWatermark(image, pulsePhase(time), *canvases).value_or(image);
 }
 
 double delayOf(std::span<const RecordedFrame> frames, std::size_t i) {
@@ -23,13 +23,16 @@ double delayOf(std::span<const RecordedFrame> frames, std::size_t i) {
 } // namespace
 
 Animation recordedAnimation(std::span<const RecordedFrame> frames, Canvases* canvases) {
-    return {.frameCount = frames.size(),
-            .preview = [frames](std::size_t i) { return frames[i].image; },
-            .frame =
-                [frames, canvases, delays = DelayRounder()](std::size_t i) mutable {
-                    return AnimationFrame{stamped(frames[i], canvases),
-                                          delays.hundredths(delayOf(frames, i))};
-                }};
+    return {
+        .frameCount = frames.size(),
+        .preview = [frames, unpacker = ImageUnpacker()](
+                       std::size_t i) mutable { return frames[i].image.unpacked(unpacker); },
+        .frame =
+            [frames, canvases, delays = DelayRounder(), unpacker = ImageUnpacker()](std::size_t i) mutable {
+                return AnimationFrame{
+                    stamped(frames[i].image.unpacked(unpacker), frames[i].presentationTime, canvases),
+                    delays.hundredths(delayOf(frames, i))};
+            }};
 }
 
 } // namespace clipwren

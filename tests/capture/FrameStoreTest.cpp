@@ -75,6 +75,34 @@ TEST_F(FrameStoreTest, TheByteCountIsNominal) {
     EXPECT_EQ(store.byteCount(), 2'764'800);
 }
 
+TEST_F(FrameStoreTest, HandsOutThePicturesThatItWasGiven) {
+    FrameStore behind([] { return true; });
+    for (FrameStore* kept : {&store, &behind}) {
+        std::vector<Image> images{plainImage(640, 360)};
+        for (int i = 1; i < 4; ++i) {
+            const std::vector<Pixel> fresh(100, 0xFF102030 * static_cast<Pixel>(i));
+            const Image::Patch patch{{100 * i, 50, 10, 10}, fresh.data(), 10};
+            images.push_back(images.back().replacing({&patch, 1}));
+        }
+        for (const Image& image : images)
+            kept->didOutputSample(*stream, {.isValid = true, .status = 0, .image = image},
+                                  StreamOutputType::screen);
+        EXPECT_EQ(kept->byteCount(), 4 * 640 * 360 * 4);
+        const auto frames = kept->take();
+        ImageUnpacker unpacker;
+        ASSERT_EQ(frames.size(), 4u);
+        std::optional<Image> before;
+        for (std::size_t i = 0; i < 4; ++i) {
+            const Image image = frames[i].image.unpacked(unpacker);
+            EXPECT_EQ(pixelsOf(image), pixelsOf(images[i]));
+            if (before) {
+                EXPECT_EQ(image.blocksDiffering(*before).size(), 1u) << "sharing is lost";
+            }
+            before = image;
+        }
+    }
+}
+
 TEST_F(FrameStoreTest, TakingEmptiesTheStoreAndStartsAfresh) {
     offer(complete({10, 15}));
     EXPECT_EQ(store.take().size(), 1u);

@@ -88,7 +88,7 @@ TEST_F(GifEncoderTest, EveryFrameIsStampedInItsPhase) {
     ASSERT_EQ(gif.frames.size(), 4u);
     const std::vector<double> phases{0, 0.25, 0.75, 0};
     for (std::size_t i = 0; i < frames.size(); ++i) {
-        const auto expected = applyWatermark(frames[i].image, phases[i], canvases);
+        const auto expected = applyWatermark(frames[i].image.unpacked(), phases[i], canvases);
         std::vector<Pixel> pixels(300 * 200);
         expected->copy(expected->bounds(), pixels.data(), 300);
         for (Pixel& pixel : pixels)

@@ -13,4 +13,12 @@ inline Image plainImage(int width, int height, Pixel color = 0xFF336699) {
     return Image({pixels.data(), width, height, width});
 }
 
+// All pixels of a picture, row by row.
+inline std::vector<Pixel> pixelsOf(const Image& image) {
+    std::vector<Pixel> pixels(static_cast<std::size_t>(image.width()) *
+                              static_cast<std::size_t>(image.height()));
+    image.copy(image.bounds(), pixels.data(), image.width());
+    return pixels;
+}
+
 } // namespace clipwren

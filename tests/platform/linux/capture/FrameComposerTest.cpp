@@ -1,5 +1,7 @@
 #include "platform/linux/capture/FrameComposer.h"
 
+#include "tests/support/Pictures.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,13 +13,6 @@ namespace clipwren {
 namespace {
 
 constexpr Pixel opaque = 0xFF000000;
-
-std::vector<Pixel> pixelsOf(const Image& image) {
-    std::vector<Pixel> pixels(static_cast<std::size_t>(image.width()) *
-                              static_cast<std::size_t>(image.height()));
-    image.copy(image.bounds(), pixels.data(), image.width());
-    return pixels;
-}
 
 std::shared_ptr<const CursorImage> arrow() {
     CursorImage image{.width = 12, .height = 19, .hotX = 3, .hotY = 5, .pixels = {}};

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "base/Geometry.h"
+#include "base/Image.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace clipwren {
+
+// A picture whose blocks are packed without loss: for keeping, not for looking at. A handle, like an Image.
+class PackedImage {
+private:
+    friend class ImagePacker;
+    friend class ImageUnpacker;
+
+    using Blocks = std::vector<std::shared_ptr<const std::uint8_t>>;
+    PackedImage(PixelSize size, std::shared_ptr<const Blocks> blocks)
+        : size(size),
+          blocks(std::move(blocks)) {}
+
+    PixelSize size;
+    std::shared_ptr<const Blocks> blocks;
+};
+
+// Packs one picture after another. What a picture shares with the one before is packed once and shared by
+// the packed ones too. One thread at a time.
+class ImagePacker {
+public:
+    PackedImage pack(const Image& image);
+
+private:
+    // Packed blocks lie one after another in large pieces of memory, which stay while any of theirs is used.
+    using Piece = std::array<std::uint8_t, 130'000>;
+    std::shared_ptr<const std::uint8_t> pack(const Image::Block& block);
+
+    std::shared_ptr<Piece> piece;
+    std::size_t used = 0; // bytes of the piece
+    std::optional<Image> lastImage;
+    std::optional<PackedImage> lastPacked; // made from it
+};
+
+// Unpacks one picture after another. Blocks that a picture shares with the one before are shared by the
+// unpacked ones too, and cost nothing. Copies go on by themselves. One thread at a time.
+class ImageUnpacker {
+public:
+    Image unpack(const PackedImage& packed);
+
+private:
+    std::optional<PackedImage> lastPacked;
+    std::optional<Image> lastImage; // made from it
+};
+
+} // namespace clipwren
