@@ -1,5 +1,6 @@
 #include "encoding/LzwEncoder.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace clipwren {
@@ -15,20 +16,57 @@ constexpr std::size_t judgedBits = 512 * longestCode;
 
 std::vector<std::uint8_t> LzwEncoder::encode(std::span<const IndexChoice> indices, int minimumCodeSize) {
     begin(minimumCodeSize);
-    while (!indices.empty()) {
-        std::size_t length = 0;
-        const Match match = longestMatch(indices, length);
-        // The decoder makes a string of the code before and the first index of this one.
-        if (previous != noCode && freeCode < codeLimit) insert(previous, match.begin);
-        put(match.code);
-        // It reads longer codes as soon as its next string would need them.
-        if (freeCode == 1u << codeBits && codeBits < longestCode) ++codeBits;
-        previous = match.code;
-        indices = indices.subspan(length);
-        clearWhenStale(length);
-    }
+    const bool isDecided = std::all_of(indices.begin(), indices.end(),
+                                       [](const IndexChoice& index) { return index.first == index.second; });
+    if (isDecided)
+        writeDecided(indices);
+    else
+        writeChoosing(indices);
     end();
     return std::exchange(output, {});
+}
+
+void LzwEncoder::writeChoosing(std::span<const IndexChoice> indices) {
+    std::uint32_t previous = noCode;
+    while (!indices.empty()) {
+        std::size_t length = 0;
+        const Match match = longestMatch(indices, previous, length);
+        // The decoder makes a string of the code before and the first index of this one.
+        if (previous != noCode && freeCode < codeLimit) insert(previous, match.begin);
+        const bool isCleared = write(match.code, length);
+        previous = isCleared ? noCode : match.code;
+        indices = indices.subspan(length);
+    }
+}
+
+// Without choices the next string is known as soon as the code before is written.
+void LzwEncoder::writeDecided(std::span<const IndexChoice> indices) {
+    if (indices.empty()) return;
+    std::uint32_t code = indices.front().first;
+    std::size_t length = 1;
+    for (const IndexChoice& choice : indices.subspan(1)) {
+        const std::uint8_t index = choice.first;
+        const std::uint32_t key = code << 8 | index;
+        std::uint32_t& slot = slots[slotOf(key)];
+        if (slot != emptySlot) {
+            code = slot & (codeLimit - 1);
+            ++length;
+            continue;
+        }
+        const bool isCleared = write(code, length);
+        if (!isCleared && freeCode < codeLimit) slot = key << longestCode | freeCode++;
+        code = index;
+        length = 1;
+    }
+    put(code);
+}
+
+// Returns whether the table begins anew.
+bool LzwEncoder::write(std::uint32_t code, std::size_t length) {
+    put(code);
+    // The decoder reads longer codes as soon as its next string would need them.
+    if (freeCode == 1u << codeBits && codeBits < longestCode) ++codeBits;
+    return clearWhenStale(length);
 }
 
 void LzwEncoder::begin(int minimumCodeSize) {
@@ -46,20 +84,21 @@ void LzwEncoder::end() {
     if (pendingCount > 0) output.push_back(static_cast<std::uint8_t>(pendingBits));
 }
 
-LzwEncoder::Match LzwEncoder::longestMatch(std::span<const IndexChoice> indices, std::size_t& length) const {
+LzwEncoder::Match LzwEncoder::longestMatch(std::span<const IndexChoice> indices, std::uint32_t previous,
+                                           std::size_t& length) const {
     Matches matches;
     const IndexChoice begin = indices.front();
     matches.add({begin.first, begin.first});
     if (begin.second != begin.first) matches.add({begin.second, begin.second});
     length = 1;
     for (;;) {
-        if (matches.count == 1) followAlone(matches.items[0], indices, length);
+        if (matches.count == 1) followAlone(matches.items[0], indices, previous, length);
         if (length == indices.size()) break;
         const IndexChoice choice = indices[length];
         Matches longer;
         for (std::size_t i = 0; i < matches.count; ++i) {
-            extend(matches.items[i], choice.first, longer);
-            if (choice.second != choice.first) extend(matches.items[i], choice.second, longer);
+            extend(matches.items[i], choice.first, previous, longer);
+            if (choice.second != choice.first) extend(matches.items[i], choice.second, previous, longer);
         }
         if (longer.count == 0) break;
         matches = longer;
@@ -68,19 +107,22 @@ LzwEncoder::Match LzwEncoder::longestMatch(std::span<const IndexChoice> indices,
     return matches.items[0];
 }
 
-void LzwEncoder::followAlone(Match& match, std::span<const IndexChoice> indices, std::size_t& length) const {
+void LzwEncoder::followAlone(Match& match, std::span<const IndexChoice> indices, std::uint32_t previous,
+                             std::size_t& length) const {
     for (; length < indices.size() && indices[length].first == indices[length].second; ++length) {
-        const std::uint32_t code = extended(match, indices[length].first);
+        const std::uint32_t code = extended(match, indices[length].first, previous);
         if (code == noCode) return;
         match.code = code;
     }
 }
 
-void LzwEncoder::extend(const Match& match, std::uint8_t index, Matches& longer) const {
-    if (const std::uint32_t code = extended(match, index); code != noCode) longer.add({code, match.begin});
+void LzwEncoder::extend(const Match& match, std::uint8_t index, std::uint32_t previous,
+                        Matches& longer) const {
+    if (const std::uint32_t code = extended(match, index, previous); code != noCode)
+        longer.add({code, match.begin});
 }
 
-std::uint32_t LzwEncoder::extended(const Match& match, std::uint8_t index) const {
+std::uint32_t LzwEncoder::extended(const Match& match, std::uint8_t index, std::uint32_t previous) const {
     const std::uint32_t slot = slots[slotOf(match.code << 8 | index)];
     if (slot != emptySlot) return slot & (codeLimit - 1);
     // The string that writing this very code makes.
@@ -100,23 +142,24 @@ void LzwEncoder::clearTable() {
     codeBits = 1;
     while (clearCode >> codeBits)
         ++codeBits;
-    previous = noCode;
     whileFilling = {};
     sinceFull = {};
 }
 
 // A full table stays as long as it does no worse than a new one is likely to do while it fills.
-void LzwEncoder::clearWhenStale(std::size_t length) {
+bool LzwEncoder::clearWhenStale(std::size_t length) {
     const bool isFull = freeCode == codeLimit;
     Yield& yield = isFull ? sinceFull : whileFilling;
     yield.pixels += length;
     yield.bits += static_cast<std::size_t>(codeBits);
-    if (sinceFull.bits < judgedBits) return;
-    if (sinceFull.pixels * whileFilling.bits < whileFilling.pixels * sinceFull.bits) {
+    if (sinceFull.bits < judgedBits) return false;
+    const bool isStale = sinceFull.pixels * whileFilling.bits < whileFilling.pixels * sinceFull.bits;
+    if (isStale) {
         put(clearCode);
         clearTable();
     }
     sinceFull = {};
+    return isStale;
 }
 
 void LzwEncoder::insert(std::uint32_t prefix, std::uint8_t index) {

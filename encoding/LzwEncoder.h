@@ -48,16 +48,23 @@ private:
     void begin(int minimumCodeSize);
     void end();
 
-    // The longest string of the table that the indices begin with, and its length.
-    Match longestMatch(std::span<const IndexChoice> indices, std::size_t& length) const;
-    void extend(const Match& match, std::uint8_t index, Matches& longer) const;
+    void writeChoosing(std::span<const IndexChoice> indices);
+    void writeDecided(std::span<const IndexChoice> indices);
+    bool write(std::uint32_t code, std::size_t length);
+
+    // The longest string of the table that the indices begin with, and its length. `previous` is the code
+    // written before, of which the decoder is about to make another string.
+    Match longestMatch(std::span<const IndexChoice> indices, std::uint32_t previous,
+                       std::size_t& length) const;
+    void extend(const Match& match, std::uint8_t index, std::uint32_t previous, Matches& longer) const;
     // As far as there is no choice.
-    void followAlone(Match& match, std::span<const IndexChoice> indices, std::size_t& length) const;
-    std::uint32_t extended(const Match& match, std::uint8_t index) const;
+    void followAlone(Match& match, std::span<const IndexChoice> indices, std::uint32_t previous,
+                     std::size_t& length) const;
+    std::uint32_t extended(const Match& match, std::uint8_t index, std::uint32_t previous) const;
     std::uint32_t slotOf(std::uint32_t key) const;
 
     void clearTable();
-    void clearWhenStale(std::size_t length);
+    bool clearWhenStale(std::size_t length);
     void insert(std::uint32_t prefix, std::uint8_t index);
     void put(std::uint32_t code);
 
@@ -67,8 +74,7 @@ private:
     int pendingCount = 0;
     int codeBits = 0;
     std::uint32_t clearCode = 0;
-    std::uint32_t freeCode = 0;      // which the next new string gets
-    std::uint32_t previous = noCode; // written last since the table was cleared
+    std::uint32_t freeCode = 0; // which the next new string gets
 
     // Pixels and the bits that they took.
     struct Yield {
