@@ -4,6 +4,7 @@
 #include "encoding/CommonPalette.h"
 #include "encoding/FrameChange.h"
 #include "encoding/GifWriter.h"
+#include "encoding/GradientDither.h"
 #include "encoding/IndexChoices.h"
 #include "encoding/LzwEncoder.h"
 #include "encoding/ShownPicture.h"
@@ -40,6 +41,8 @@ Image fitted(const Image& image, PixelSize size) {
     return Image(PixelView{pixels.data(), size.width, size.height, size.width});
 }
 
+std::size_t pixelCount(const Image& image) { return static_cast<std::size_t>(image.bounds().area()); }
+
 // One frame on its way through the stages.
 struct FrameJob {
     FrameJob(std::optional<Image> previous, Image image, std::int64_t hundredths)
@@ -65,7 +68,12 @@ void chooseColors(FrameJob& job, const ColorIndexer& indexer) {
     for (const PixelRect& block : job.healing)
         job.change.addHealing(job.image, block);
     // One index is for what stays.
-    if (!job.change.isEmpty()) job.indexed = indexer.index(job.change.colors, largestPalette - 1);
+    if (job.change.isEmpty()) return;
+    job.indexed = indexer.index(job.change.colors, largestPalette - 1);
+    // Bands that move are not seen; mixing would only cost bytes.
+    const bool mostMoves = job.previous && 2 * job.change.colors.size() > pixelCount(job.image);
+    if (!job.indexed.palette.empty() && !mostMoves)
+        ditherGradients(job.image, job.change, job.indexed.palette, job.indexed.indices);
 }
 
 // A frame needs an image, if only to have its delay.

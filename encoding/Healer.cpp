@@ -7,7 +7,7 @@ namespace clipwren {
 namespace {
 
 // Steps of brightness a pixel and frame that go unnoticed in a picture that stands still.
-constexpr double unnoticed = 0.0105;
+constexpr double unnoticed = 0.0098;
 constexpr double longestPatience = 0.25; // a pixel
 // What healing a misfit takes; much of it is colour, and part of it stays. It is settled when it is drawn.
 constexpr double stepsOfMisfit = 0.03;
