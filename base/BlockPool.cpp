@@ -13,13 +13,21 @@ namespace {
 constexpr std::size_t chunkSize = std::size_t{1} << 21;
 constexpr std::size_t alignment = 64;
 
-std::atomic<BlockPool::ChunkAdvice> chunkAdvice = nullptr;
+void* takeFromLibrary(std::size_t size, bool) {
+    return ::operator new(size, std::align_val_t{size}, std::nothrow);
+}
+
+void giveBackToLibrary(void* memory, std::size_t size) { ::operator delete(memory, std::align_val_t{size}); }
+
+constexpr BlockPool::Source library{takeFromLibrary, giveBackToLibrary};
+std::atomic<const BlockPool::Source*> source = &library;
 
 } // namespace
 
 struct BlockPool::Chunk {
-    void* freePieces = nullptr; // given back; each begins with the address of the next
-    std::size_t untouched = 0;  // where the pieces begin that were never taken: their pages cost nothing yet
+    void (*giveBack)(void* memory, std::size_t size); // to where it came from
+    void* freePieces = nullptr;                       // given back; each begins with the address of the next
+    std::size_t untouched = 0; // where the pieces begin that were never taken: their pages cost nothing yet
     std::size_t taken = 0;
     std::size_t openIndex = 0; // its place among the open ones
 
@@ -33,13 +41,15 @@ BlockPool::BlockPool(std::size_t pieceSize) : pieceSize(std::max(pieceSize, size
 
 BlockPool::~BlockPool() {
     for (Chunk* chunk : open)
-        ::operator delete(chunk, std::align_val_t{chunkSize});
+        chunk->giveBack(chunk, chunkSize);
 }
 
 BlockPool::Chunk* BlockPool::makeChunk() {
-    void* memory = ::operator new(chunkSize, std::align_val_t{chunkSize});
-    if (const ChunkAdvice advice = chunkAdvice; advice && chunkCount > 0) advice(memory, chunkSize);
-    auto* chunk = new (memory) Chunk;
+    open.reserve(open.size() + 1); // what may fail comes first
+    const Source& from = *source;
+    void* memory = from.take(chunkSize, chunkCount == 0);
+    if (!memory) throw std::bad_alloc();
+    auto* chunk = new (memory) Chunk{.giveBack = from.giveBack};
     chunk->untouched = (sizeof(Chunk) + alignment - 1) / alignment * alignment;
     chunk->openIndex = open.size();
     open.push_back(chunk);
@@ -80,10 +90,10 @@ void BlockPool::release(Chunk* chunk) {
     open[chunk->openIndex]->openIndex = chunk->openIndex;
     open.pop_back();
     --chunkCount;
-    ::operator delete(chunk, std::align_val_t{chunkSize});
+    chunk->giveBack(chunk, chunkSize);
 }
 
-void BlockPool::setChunkAdvice(ChunkAdvice advice) { chunkAdvice = advice; }
+void BlockPool::setSource(const Source& newSource) { source = &newSource; }
 
 std::size_t BlockPool::byteCount() const {
     const std::lock_guard lock(mutex);

@@ -26,11 +26,16 @@ public:
     // How much is held from the system.
     std::size_t byteCount() const;
 
-    // What to do with a new chunk before its first use: a platform may ask its system for large pages there.
-    // A pool's only chunk is left out, so that who needs little takes little. Nothing at first. Any thread;
-    // counts for the chunks made afterwards.
-    using ChunkAdvice = void (*)(void* memory, std::size_t size);
-    static void setChunkAdvice(ChunkAdvice advice);
+    // Where chunks come from and go back to. `isOnly`: the pool has no other, so that large pages would waste
+    // memory. What `take` returns is aligned to its size, a power of two; null where there is none left.
+    struct Source {
+        void* (*take)(std::size_t size, bool isOnly);
+        void (*giveBack)(void* memory, std::size_t size);
+    };
+    // The C++ library's memory at first. A platform may know better: memory that goes back to the system at
+    // once, and pages of its largest size. Any thread; counts for the chunks made afterwards, and stays for
+    // ever.
+    static void setSource(const Source& newSource);
 
 private:
     struct Chunk;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <random>
 #include <set>
 #include <thread>
@@ -52,20 +53,40 @@ TEST(BlockPool, UsesPiecesAgain) {
         EXPECT_EQ(first.count(pool.take()), 1u);
 }
 
-TEST(BlockPool, TellsOfEachChunkButItsOnlyOne) {
-    static std::size_t advised = 0;
-    BlockPool::setChunkAdvice([](void*, std::size_t size) { advised += size; });
-    BlockPool pool(4160);
-    std::vector<void*> pieces{pool.take()};
-    const std::size_t chunk = pool.byteCount();
-    EXPECT_EQ(advised, 0u);
-    for (int i = 0; i < 1500; ++i)
-        pieces.push_back(pool.take());
-    BlockPool::setChunkAdvice(nullptr);
-    EXPECT_GT(advised, chunk);
-    EXPECT_EQ(advised, pool.byteCount() - chunk);
-    for (void* piece : pieces)
-        pool.giveBack(piece);
+TEST(BlockPool, TakesChunksFromItsSourceAndGivesThemBackThere) {
+    static std::size_t held = 0;
+    static int only = 0;
+    static const BlockPool::Source counting{[](std::size_t size, bool isOnly) {
+                                                held += size;
+                                                only += isOnly;
+                                                return ::operator new(size, std::align_val_t{size});
+                                            },
+                                            [](void* memory, std::size_t size) {
+                                                held -= size;
+                                                ::operator delete(memory, std::align_val_t{size});
+                                            }};
+    static const BlockPool::Source none{[](std::size_t, bool) -> void* { return nullptr; }, nullptr};
+    {
+        BlockPool pool(4160);
+        BlockPool::setSource(counting);
+        std::vector<void*> pieces;
+        for (int i = 0; i < 1500; ++i)
+            pieces.push_back(pool.take());
+        EXPECT_EQ(only, 1);
+        EXPECT_EQ(held, pool.byteCount());
+        BlockPool::setSource(none);
+        EXPECT_THROW(for (int i = 0; i < 600; ++i) pieces.push_back(pool.take()), std::bad_alloc);
+        EXPECT_EQ(held, pool.byteCount());
+        for (void* piece : pieces)
+            pool.giveBack(piece);
+        EXPECT_EQ(held, pool.byteCount());
+    }
+    EXPECT_EQ(held, 0u);
+    // Back to the library's memory, for the other tests.
+    static const BlockPool::Source library{
+        [](std::size_t size, bool) { return ::operator new(size, std::align_val_t{size}); },
+        [](void* memory, std::size_t size) { ::operator delete(memory, std::align_val_t{size}); }};
+    BlockPool::setSource(library);
 }
 
 TEST(BlockPool, MayBeUsedByManyThreads) {
