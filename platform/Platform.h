@@ -12,6 +12,7 @@ class HotKeys;
 class Log;
 class LoginItem;
 class MainQueue;
+class Memory;
 class Pasteboard;
 class ScreenCapture;
 class Screens;
@@ -33,6 +34,7 @@ struct Platform {
     Log& log;
     LoginItem& loginItem;
     MainQueue& mainQueue;
+    Memory& memory;
     Pasteboard& pasteboard;
     ScreenCapture& screenCapture;
     Screens& screens;

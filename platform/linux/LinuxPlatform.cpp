@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/linux/IniStore.h"
+#include "platform/linux/LinuxMemory.h"
 #include "platform/linux/OwnExecutable.h"
 #include "platform/linux/PosixFiles.h"
 #include "platform/linux/SyslogLog.h"
@@ -90,6 +91,7 @@ struct LinuxPlatform::Parts {
     XdgFolders folders;
     IniStore store{folders.configuration() / "clipwren" / "clipwren.ini"};
     XdgLoginItem loginItem{folders.configuration(), ownExecutable()};
+    LinuxMemory memory;
     QtMainQueue mainQueue;
     ThreadBackgroundQueue backgroundQueue;
     QtApplication application;
@@ -104,9 +106,10 @@ struct LinuxPlatform::Parts {
     LinuxStatusBar statusBar{*display, screens};
     QtSettingsViews settingsViews;
 
-    const Platform ports{alerts,  application,   backgroundQueue, canvases,  files,      folders,
-                         hotKeys, log,           loginItem,       mainQueue, pasteboard, screenCapture,
-                         screens, settingsViews, statusBar,       store,     windows,    workspace};
+    const Platform ports{alerts,        application, backgroundQueue, canvases,  files,  folders,
+                         hotKeys,       log,         loginItem,       mainQueue, memory, pasteboard,
+                         screenCapture, screens,     settingsViews,   statusBar, store,  windows,
+                         workspace};
 };
 
 Expected<std::unique_ptr<LinuxPlatform>, PlatformError> LinuxPlatform::connect(int& argc, char** argv) {

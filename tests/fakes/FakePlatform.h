@@ -28,6 +28,7 @@ struct FakePlatform {
     FakeHotKeys hotKeys;
     FakeLog log;
     FakeLoginItem loginItem;
+    FakeMemory memory;
     FakePasteboard pasteboard;
     FakeScreenCapture screenCapture{mainQueue};
     FakeScreens screens;
@@ -37,9 +38,9 @@ struct FakePlatform {
     FakeWindows windows;
     FakeWorkspace workspace;
 
-    Platform ports{alerts,  application,   backgroundQueue, canvases,  files,      folders,
-                   hotKeys, log,           loginItem,       mainQueue, pasteboard, screenCapture,
-                   screens, settingsViews, statusBar,       store,     windows,    workspace};
+    Platform ports{alerts,        application, backgroundQueue, canvases, files,      folders,       hotKeys,
+                   log,           loginItem,   mainQueue,       memory,   pasteboard, screenCapture, screens,
+                   settingsViews, statusBar,   store,           windows,  workspace};
 
     ~FakePlatform() {
         // Waiting work may hold objects of the core, which need the ports until they are gone.

@@ -5,13 +5,17 @@
 #include "platform/BackgroundQueue.h"
 #include "platform/Log.h"
 #include "platform/LoginItem.h"
+#include "platform/Memory.h"
 #include "platform/Pasteboard.h"
 #include "platform/Screens.h"
 #include "platform/Workspace.h"
 
+#include <atomic>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -132,6 +136,19 @@ public:
 
 private:
     FakeObservers<ScreensObserver> observers;
+};
+
+class FakeMemory : public Memory {
+public:
+    // Set before and read on other threads while a queue runs.
+    std::atomic<std::int64_t> left = std::int64_t{1} << 40;
+    mutable std::atomic<int> questions = 0;
+    bool isKnown = true;
+
+    std::optional<std::int64_t> available() const override {
+        ++questions;
+        return isKnown ? std::optional(left.load()) : std::nullopt;
+    }
 };
 
 class FakePasteboard : public Pasteboard {
