@@ -130,6 +130,12 @@ void AppDelegate::startRecording(const Rect& region) {
                 if (const auto self = weakSelf.lock()) self->stopRecording();
             });
     };
+    memoryRanShort = false;
+    recorder->onMemoryShort = weakly(shared_from_this(), [](AppDelegate& delegate) {
+        if (delegate.state != State::recording) return;
+        delegate.memoryRanShort = true;
+        delegate.stopRecording();
+    });
     startSizeIndicator();
 
     platform.mainQueue.async([self = shared_from_this(), startedRecorder = recorder, region,
@@ -185,6 +191,10 @@ void AppDelegate::encodingDidEnd(const Expected<std::filesystem::path, GifEncode
         platform.pasteboard.clearContents();
         platform.pasteboard.writeFileURL(*result);
         logSavedFile("GIF copied to clipboard", *result);
+        // Otherwise it would have to be guessed why the recording is shorter than what happened.
+        if (memoryRanShort)
+            showAlert("The recording was stopped because memory is running short. What was recorded until "
+                      "then is saved and on the clipboard.");
     } else {
         showAlert("Could not save GIF: " + std::string(errorDescription(result.error())));
     }

@@ -84,6 +84,7 @@ private:
     std::unique_ptr<HotKey> hotKey;                 // none when the system refused it
     std::shared_ptr<RegionSelector> regionSelector; // while selecting
     std::shared_ptr<ScreenRecorder> recorder;       // until its frames are taken or its start has failed
+    bool memoryRanShort = false;                    // which ended this recording
     std::shared_ptr<RecordingOverlay> overlay;      // while recording
     std::shared_ptr<SettingsWindow> settingsWindow; // while it is open
     State state = State::idle;

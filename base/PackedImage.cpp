@@ -15,6 +15,7 @@ PackedImage ImagePacker::pack(const Image& image) {
     for (std::size_t i = 0; i < blocks.size(); ++i)
         packed.push_back(comparable && blocks[i] == lastImage->allBlocks()[i] ? (*lastPacked->blocks)[i]
                                                                               : pack(*blocks[i]));
+    bytes += static_cast<std::int64_t>(packed.size() * sizeof packed.front());
     lastImage = image;
     lastPacked = PackedImage({image.width(), image.height()},
                              std::make_shared<const PackedImage::Blocks>(std::move(packed)));
@@ -27,7 +28,9 @@ std::shared_ptr<const std::uint8_t> ImagePacker::pack(const Image::Block& block)
         used = 0;
     }
     std::uint8_t* packed = piece->data() + used;
-    used += packBlock(block.data(), packed);
+    const std::size_t size = packBlock(block.data(), packed);
+    used += size;
+    bytes += static_cast<std::int64_t>(size);
     return {piece, packed};
 }
 

@@ -34,6 +34,9 @@ class ImagePacker {
 public:
     PackedImage pack(const Image& image);
 
+    // How much memory the pictures packed so far take, what they share counted once.
+    std::int64_t byteCount() const { return bytes; }
+
 private:
     // Packed blocks lie one after another in large pieces of memory, which stay while any of theirs is used.
     using Piece = std::array<std::uint8_t, 130'000>;
@@ -41,6 +44,7 @@ private:
 
     std::shared_ptr<Piece> piece;
     std::size_t used = 0; // bytes of the piece
+    std::int64_t bytes = 0;
     std::optional<Image> lastImage;
     std::optional<PackedImage> lastPacked; // made from it
 };

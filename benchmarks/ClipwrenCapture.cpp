@@ -6,6 +6,7 @@
 #include "base/SerialQueue.h"
 #include "benchmarks/FrameCounter.h"
 #include "capture/FrameStore.h"
+#include "platform/linux/LinuxMemory.h"
 #include "platform/linux/qt/QtMainQueue.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11ScreenCapture.h"
@@ -131,7 +132,9 @@ int main(int argc, char** argv) {
     QtMainQueue mainQueue;
     X11ScreenCapture capture(**connection, mainQueue);
     const auto queue = std::make_shared<SerialQueue>("frames");
-    const auto store = std::make_shared<FrameStore>();
+    const LinuxMemory memory;
+    const auto store = std::make_shared<FrameStore>(MemoryWatch(memory, [] { std::puts("memoryShort 1"); }),
+                                                    [queue = queue.get()] { return queue->pending() > 0; });
     std::shared_ptr<CaptureStream> stream;
     int status = 1;
     Usage begin{}, end{};

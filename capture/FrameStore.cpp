@@ -2,21 +2,37 @@
 
 #include "base/CheckedArithmetic.h"
 
+#include <new>
 #include <utility>
 
 namespace clipwren {
 
-FrameStore::FrameStore(std::function<bool()> isBehind) : isBehind(std::move(isBehind)) {}
+FrameStore::FrameStore(MemoryWatch watch, std::function<bool()> isBehind)
+    : watch(std::move(watch)),
+      isBehind(std::move(isBehind)) {}
 
 void FrameStore::didOutputSample(CaptureStream&, const StreamSample& sample, StreamOutputType type) {
     if (type != StreamOutputType::screen || !sample.isValid) return;
     if (sample.status != static_cast<int>(FrameStatus::complete) || !sample.image) return;
 
     const MediaTime time = startPTS ? sample.presentationTime - *startPTS : MediaTime::zero();
+    try {
+        keep(*sample.image, time);
+    } catch (const std::bad_alloc&) {
+        watch.ranOut();
+        return;
+    }
     if (!startPTS) startPTS = sample.presentationTime;
-    frames.push_back({isBehind() ? FrameImage(*sample.image) : packer.pack(*sample.image), time});
     byteCountTotal =
         checkedAdd(byteCountTotal, checkedMultiply(sample.image->bytesPerRow(), sample.image->height()));
+}
+
+void FrameStore::keep(const Image& image, const MediaTime& time) {
+    const std::int64_t before = packer.byteCount();
+    const bool isPacked = !isBehind();
+    frames.push_back({isPacked ? FrameImage(packer.pack(image)) : FrameImage(image), time});
+    watch.kept({image.width(), image.height()},
+               isPacked ? packer.byteCount() - before : image.bytesPerRow() * image.height(), time);
 }
 
 std::vector<RecordedFrame> FrameStore::take() {

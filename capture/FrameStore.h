@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/PackedImage.h"
+#include "capture/MemoryWatch.h"
 #include "capture/RecordedFrame.h"
 #include "platform/ScreenCapture.h"
 
@@ -17,10 +18,10 @@ namespace clipwren {
 class FrameStore : public StreamOutput {
 public:
     // `isBehind` tells whether more samples wait already: then a picture is kept as it is, which is quicker.
-    explicit FrameStore(std::function<bool()> isBehind = [] { return false; });
+    FrameStore(MemoryWatch watch, std::function<bool()> isBehind);
 
-    // Keeps the sample's picture if it is a valid, complete picture of the screen; drops it silently
-    // otherwise. The first kept frame has the zero time.
+    // Keeps the sample's picture if it is a valid, complete picture of the screen and there is memory for it;
+    // drops it silently otherwise. The first kept frame has the zero time.
     void didOutputSample(CaptureStream& stream, const StreamSample& sample, StreamOutputType type) override;
 
     // Hands out all frames in the order of their arrival and starts afresh.
@@ -31,6 +32,9 @@ public:
     std::int64_t byteCount() const { return byteCountTotal; }
 
 private:
+    void keep(const Image& image, const MediaTime& time);
+
+    MemoryWatch watch;
     std::function<bool()> isBehind;
     ImagePacker packer;
     std::vector<RecordedFrame> frames;

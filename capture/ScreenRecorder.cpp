@@ -3,6 +3,7 @@
 #include "base/Weakly.h"
 #include "capture/CapturePlan.h"
 #include "capture/FrameStore.h"
+#include "capture/MemoryWatch.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "settings/Preferences.h"
@@ -29,17 +30,27 @@ private:
 } // namespace
 
 std::shared_ptr<ScreenRecorder> ScreenRecorder::create(const Platform& platform) {
-    return std::shared_ptr<ScreenRecorder>(new ScreenRecorder(platform));
+    const std::shared_ptr<ScreenRecorder> recorder(new ScreenRecorder(platform));
+    recorder->prepareStore();
+    return recorder;
 }
 
 ScreenRecorder::ScreenRecorder(const Platform& platform)
     : platform(platform),
       frameQueue(std::make_shared<SerialQueue>("app.clipwren.Clipwren.frames")),
-      // Asked on the queue itself, which is there as long as it runs anything.
-      store(std::make_shared<FrameStore>([queue = frameQueue.get()] { return queue->pending() > 0; })),
       streamDelegate(std::make_shared<StoppedStreamLog>(platform.log)) {}
 
 ScreenRecorder::~ScreenRecorder() = default;
+
+// The queue, on which all of this is called, holds the store and never the recorder.
+void ScreenRecorder::prepareStore() {
+    const auto report = weakly(weak_from_this().lock(), [](ScreenRecorder& recorder) {
+        if (recorder.onMemoryShort) recorder.onMemoryShort();
+    });
+    store = std::make_shared<FrameStore>(
+        MemoryWatch(platform.memory, [&mainQueue = platform.mainQueue, report] { mainQueue.async(report); }),
+        [queue = frameQueue.get()] { return queue->pending() > 0; });
+}
 
 void ScreenRecorder::start(const Rect& region, const std::vector<std::int64_t>& excludeWindowNumbers,
                            StartCompletion completion) {

@@ -31,6 +31,10 @@ public:
     // itself.
     std::function<void()> onMaxDurationReached;
 
+    // Called on the main thread, at most once, when so little memory is left that the frames kept so far just
+    // can be made into a GIF. It ends nothing by itself either.
+    std::function<void()> onMemoryShort;
+
     // Captures the region (global points) with the settings stored now, leaving out the windows of these
     // numbers. Completes when the capture runs. The recorder stays alive until then.
     void start(const Rect& region, const std::vector<std::int64_t>& excludeWindowNumbers,
@@ -52,13 +56,14 @@ private:
     void startStream(const Screen& screen, const Rect& region,
                      const std::vector<std::int64_t>& excludeWindowNumbers, const ShareableContent& content,
                      StartCompletion completion);
+    void prepareStore();
     void armAutoStop();
     void cancelAutoStop();
     std::vector<RecordedFrame> takeFrames();
 
     const Platform& platform;
     const std::shared_ptr<SerialQueue> frameQueue; // alone touches `store`
-    const std::shared_ptr<FrameStore> store;
+    std::shared_ptr<FrameStore> store;             // from the beginning; it needs the recorder's address
     std::shared_ptr<StreamDelegate> streamDelegate;
     std::shared_ptr<CaptureStream> stream; // set once the capture has begun
     std::shared_ptr<WorkItem> autoStopWork;

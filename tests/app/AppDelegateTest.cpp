@@ -355,6 +355,40 @@ TEST_F(AppDelegateTest, AutoStopTwoRecordingsAgoDoesNothing) {
     EXPECT_EQ(looks(), Looks::recording);
 }
 
+TEST_F(AppDelegateTest, ShortMemoryStopsTheRecordingAndTheUserIsToldOnceItIsSaved) {
+    startRecording();
+    platform.memory.left = 1000;
+    deliverFrames(3);
+    platform.mainQueue.run();
+    EXPECT_EQ(looks(), Looks::encoding);
+    EXPECT_EQ(stream().stopCount, 1);
+    EXPECT_TRUE(platform.alerts.shown.empty());
+    finishEncoding();
+    EXPECT_EQ(platform.pasteboard.items.size(), 1u);
+    ASSERT_EQ(platform.alerts.shown.size(), 1u);
+    EXPECT_NE(platform.alerts.shown.front().informativeText.find("memory is running short"),
+              std::string::npos);
+    EXPECT_EQ(looks(), Looks::idle);
+
+    // The next one is a recording like any other.
+    platform.memory.left = std::int64_t{1} << 40;
+    startRecording();
+    deliverFrames(2);
+    pressHotKey();
+    finishEncoding();
+    EXPECT_EQ(platform.alerts.shown.size(), 1u);
+}
+
+TEST_F(AppDelegateTest, ShortMemoryAndTheUserStopTheRecordingOnce) {
+    startRecording();
+    platform.memory.left = 1000;
+    deliverFrames(1);
+    pressHotKey();
+    finishEncoding();
+    EXPECT_EQ(stream().stopCount, 1);
+    EXPECT_EQ(platform.pasteboard.items.size(), 1u);
+}
+
 TEST_F(AppDelegateTest, AFailedEncodingIsShownAndLeavesTheClipboardAlone) {
     // A file stands where the output folder should be.
     std::filesystem::create_directories(home.path() / "Pictures");

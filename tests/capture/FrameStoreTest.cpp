@@ -14,7 +14,9 @@ class FrameStoreTest : public testing::Test {
 protected:
     FakePlatform platform;
     std::shared_ptr<CaptureStream> stream = platform.screenCapture.makeStream({}, {}, {});
-    FrameStore store;
+    int shortages = 0;
+    bool isBehind = false;
+    FrameStore store{MemoryWatch(platform.memory, [this] { ++shortages; }), [this] { return isBehind; }};
 
     static StreamSample complete(MediaTime time) {
         return {.isValid = true, .status = 0, .image = plainImage(640, 360), .presentationTime = time};
@@ -76,8 +78,8 @@ TEST_F(FrameStoreTest, TheByteCountIsNominal) {
 }
 
 TEST_F(FrameStoreTest, HandsOutThePicturesThatItWasGiven) {
-    FrameStore behind([] { return true; });
-    for (FrameStore* kept : {&store, &behind}) {
+    for (const bool packs : {true, false}) {
+        isBehind = !packs;
         std::vector<Image> images{plainImage(640, 360)};
         for (int i = 1; i < 4; ++i) {
             const std::vector<Pixel> fresh(100, 0xFF102030 * static_cast<Pixel>(i));
@@ -85,10 +87,9 @@ TEST_F(FrameStoreTest, HandsOutThePicturesThatItWasGiven) {
             images.push_back(images.back().replacing({&patch, 1}));
         }
         for (const Image& image : images)
-            kept->didOutputSample(*stream, {.isValid = true, .status = 0, .image = image},
-                                  StreamOutputType::screen);
-        EXPECT_EQ(kept->byteCount(), 4 * 640 * 360 * 4);
-        const auto frames = kept->take();
+            offer({.isValid = true, .status = 0, .image = image});
+        EXPECT_EQ(store.byteCount(), 4 * 640 * 360 * 4);
+        const auto frames = store.take();
         ImageUnpacker unpacker;
         ASSERT_EQ(frames.size(), 4u);
         std::optional<Image> before;
@@ -101,6 +102,14 @@ TEST_F(FrameStoreTest, HandsOutThePicturesThatItWasGiven) {
             before = image;
         }
     }
+}
+
+TEST_F(FrameStoreTest, ReportsShortMemoryOnceAndGoesOn) {
+    platform.memory.left = memoryReserve({640, 360}) - 1;
+    for (int i = 0; i < 3; ++i)
+        offer(complete({100 * i, 15}));
+    EXPECT_EQ(shortages, 1);
+    EXPECT_EQ(store.take().size(), 3u);
 }
 
 TEST_F(FrameStoreTest, TakingEmptiesTheStoreAndStartsAfresh) {

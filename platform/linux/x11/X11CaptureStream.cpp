@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <new>
 #include <utility>
 
 namespace clipwren {
@@ -72,7 +73,12 @@ void X11CaptureStream::end() {
 }
 
 void X11CaptureStream::runWorker() {
-    std::optional<PlatformError> error = X11CaptureWorker(job, *this, signal).run();
+    std::optional<PlatformError> error;
+    try {
+        error = X11CaptureWorker(job, *this, signal).run();
+    } catch (const std::bad_alloc&) {
+        error = PlatformError{"There is no memory left."};
+    }
     const bool abandoned = signal.requested() == EndSignal::Request::abandon;
     const std::lock_guard lock(mutex);
     workerHasEnded = true;
