@@ -210,11 +210,22 @@ void AppDelegate::showAlert(const std::string& informativeText) {
         {.messageText = "Clipwren", .informativeText = informativeText, .style = AlertStyle::warning});
 }
 
+void AppDelegate::applicationWillTerminate() {
+    regionSelector = nullptr;
+    if (overlay) overlay->hide();
+    overlay = nullptr;
+    if (const auto interrupted = std::exchange(recorder, nullptr))
+        platform.backgroundQueue.async([self = shared_from_this(), frames = interrupted->stopNow()] {
+            self->saveWithoutCopying(frames);
+        });
+}
+
 void AppDelegate::saveBeforeExit() {
-    if (!recorder) return;
-    const auto result =
-        GifEncoder::encode(recorder->stopNow(), platform.folders, platform.files, platform.canvases);
-    recorder = nullptr;
+    if (const auto interrupted = std::exchange(recorder, nullptr)) saveWithoutCopying(interrupted->stopNow());
+}
+
+void AppDelegate::saveWithoutCopying(const std::vector<RecordedFrame>& frames) {
+    const auto result = GifEncoder::encode(frames, platform.folders, platform.files, platform.canvases);
     if (result)
         logSavedFile("GIF saved before the program ended", *result);
     else

@@ -41,6 +41,10 @@ public:
     // state.
     void triggerRecord();
 
+    // The event loop has ended, as the user wished: nothing stays on the screen, and a recording that is
+    // running or was just stopped is saved on the background queue. The result is only logged.
+    void applicationWillTerminate();
+
     // Saves a recording that is running, on this thread and without the display: for an end of the program
     // that nobody asked for, such as the display server's. The result is only logged.
     void saveBeforeExit();
@@ -63,6 +67,7 @@ private:
     void stopRecording();
     void encodeAndCopy(std::vector<RecordedFrame> frames);
     void encodingDidEnd(const Expected<std::filesystem::path, GifEncoderError>& result);
+    void saveWithoutCopying(const std::vector<RecordedFrame>& frames);
     void logSavedFile(std::string_view what, const std::filesystem::path& file);
     void showAlert(const std::string& informativeText);
     bool mayCaptureScreen() const;

@@ -52,7 +52,9 @@ int run(int& argc, char** argv) {
 
     ports.application.setActivationPolicy(ActivationPolicy::accessory);
     ports.mainQueue.async([&delegate] { delegate->applicationDidFinishLaunching(); });
-    return (*computer)->run([&delegate] { delegate->saveBeforeExit(); });
+    const int status = (*computer)->run([&delegate] { delegate->saveBeforeExit(); });
+    delegate->applicationWillTerminate();
+    return status;
 }
 
 } // namespace

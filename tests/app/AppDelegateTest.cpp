@@ -520,6 +520,38 @@ TEST_F(AppDelegateTest, AnEndThatNobodyAskedForSavesTheRecording) {
     EXPECT_EQ(platform.log.lines().size(), 1u);
 }
 
+TEST_F(AppDelegateTest, QuittingSavesARunningRecordingInTheBackground) {
+    startRecording();
+    deliverFrames(3);
+    delegate->applicationWillTerminate();
+    EXPECT_TRUE(platform.windows.visible().empty());
+    EXPECT_FALSE(std::filesystem::exists(expectedFile()));
+    platform.backgroundQueue.run();
+    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
+    EXPECT_TRUE(platform.pasteboard.items.empty());
+    EXPECT_TRUE(platform.alerts.shown.empty());
+}
+
+TEST_F(AppDelegateTest, QuittingRightAfterTheStopSavesTheRecordingOnce) {
+    startRecording();
+    deliverFrames(3);
+    delegate->triggerRecord(); // the stop itself still waits in the main queue
+    ASSERT_EQ(looks(), Looks::encoding);
+    delegate->applicationWillTerminate();
+    platform.backgroundQueue.run();
+    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
+    EXPECT_EQ(platform.log.lines().size(), 1u);
+}
+
+TEST_F(AppDelegateTest, QuittingWhileSelectingOrIdleSavesNothing) {
+    delegate->applicationWillTerminate();
+    pressHotKey();
+    delegate->applicationWillTerminate();
+    platform.backgroundQueue.run();
+    EXPECT_TRUE(platform.windows.visible().empty());
+    EXPECT_TRUE(platform.log.lines().empty());
+}
+
 TEST_F(AppDelegateTest, AnEndWithoutARecordingSavesNothing) {
     delegate->saveBeforeExit();
     EXPECT_TRUE(platform.log.lines().empty());

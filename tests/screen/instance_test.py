@@ -60,6 +60,16 @@ class InstanceTest(ScreenTest):
         clipwren = self.start()
         self.assertTrue(clipwren.running(), "a start right after --quit is the only one")
 
+    def test_quit_while_recording_leaves_the_gif_and_a_bare_desktop(self):
+        clipwren = self.start()
+        clipwren.select(200, 200, 500, 400)
+        time.sleep(1)
+        self.assertEqual(run("--quit").returncode, 0)
+        wait_for(self.desktop.bare, "the veil's end")
+        self.assertEqual(clipwren.process.wait(20), 0)
+        wait_for(lambda: clipwren.gifs(), "the GIF")
+        self.assertTrue(clipwren.log.matching("GIF saved before the program ended"))
+
     def test_without_a_bus(self):
         clipwren = self.start(environment={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"})
         wait_for(lambda: clipwren.log.matching("there is no D-Bus session"), "what it says of the bus")
