@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <fstream>
 #include <random>
 
@@ -14,6 +16,16 @@ namespace clipwren {
 namespace {
 
 constexpr std::uint32_t commandShift = HotKeyModifiers::command | HotKeyModifiers::shift;
+
+// How often lives came to each end, so that no law holds only because nothing ever happened.
+struct Tally {
+    long gifs = 0;
+    long failedSaves = 0;
+    long failedStarts = 0;
+    long cancelled = 0;
+    long autoStops = 0;
+    long settingsOpened = 0;
+};
 
 // One life of the program in which anything may happen at any time, also while an alert is up. After every
 // event the laws of the state machine must hold, and in the end everything must be gone.
@@ -32,7 +44,7 @@ public:
     }
 
     void happen() {
-        switch (pick(17)) {
+        switch (pick(19)) {
         case 0:
         case 1:
         case 2: platform.hotKeys.press(KeyCode::g, commandShift); break;
@@ -45,7 +57,7 @@ public:
         case 7: platform.windows.pressKey(KeyCode::escape); break;
         case 8:
         case 9: deliver(); break;
-        case 10: platform.mainQueue.advance(pick(4) == 0 ? 20 : 0.4); break;
+        case 10: waitAWhile(); break;
         case 11: platform.backgroundQueue.run(); break;
         case 12: changeTheWorld(); break;
         case 13: endStream(); break;
@@ -54,19 +66,23 @@ public:
             if (const auto menu = item().menu) menu->items[3].action();
             break;
         case 16:
-            if (!platform.settingsViews.made.empty() && platform.settingsViews.made.back()->exists)
-                platform.settingsViews.made.back()->close();
+            if (auto* view = settings()) view->close();
             break;
+        case 17: changeASetting(); break;
+        case 18: delegate->applicationShouldHandleReopen(); break;
         }
         if (pick(3) != 0) platform.mainQueue.run();
         checkLaws();
     }
 
     // Whatever has happened, the user gets back to idle and then every trace of the recordings is gone.
-    void comeToRest() {
+    void comeToRest(Tally& tally) {
+        platform.files.restart();
         platform.screenCapture.startError.reset();
         platform.screenCapture.holdsStart = false;
         platform.screenCapture.finishStart(); // every start completes once
+        platform.mainQueue.run();
+        platform.backgroundQueue.run();
         platform.mainQueue.run();
         for (int step = 0; step < 8 && !isIdle(); ++step) {
             platform.windows.pressKey(KeyCode::escape);
@@ -79,11 +95,24 @@ public:
         EXPECT_TRUE(platform.windows.visible().empty());
         EXPECT_EQ(count("arrow.triangle.2.circlepath"), outcomes())
             << "each stop ends in one GIF or one alert";
-        for (const auto& stream : platform.screenCapture.streams)
+        EXPECT_EQ(told("monitor keys"), told("end key monitor")) << "each selection ends once";
+        checkHistory();
+        for (const auto& stream : platform.screenCapture.streams) {
             EXPECT_LE(stream->stopCount, 1);
+            EXPECT_FALSE(stream->isRunning);
+        }
+        expectNoHiddenFile();
+        addTo(tally);
 
+        if (auto* view = settings()) view->close();
+        const std::weak_ptr<AppDelegate> last = delegate;
         delegate.reset();
         platform.mainQueue.clear();
+        EXPECT_TRUE(last.expired());
+        EXPECT_EQ(platform.mainQueue.scheduledCount(), 0u);
+        EXPECT_TRUE(platform.backgroundQueue.items.empty());
+        EXPECT_EQ(settings(), nullptr);
+        EXPECT_FALSE(item().exists);
         EXPECT_TRUE(platform.hotKeys.registrations.empty());
         EXPECT_EQ(platform.windows.keyMonitorCount, 0);
         for (const auto& window : platform.windows.made)
@@ -97,14 +126,81 @@ private:
     FakeStatusItemState& item() { return *platform.statusBar.item; }
     bool isIdle() { return item().symbolName == "record.circle" && platform.windows.keyMonitorCount == 0; }
     long count(const std::string& symbol) { return std::ranges::count(item().symbolHistory, symbol); }
-    long outcomes() {
-        const long alerts = std::ranges::count_if(platform.alerts.shown, [](const Alert& alert) {
-            return alert.informativeText.starts_with("Could not save GIF: ");
+    long told(const std::string& event) { return std::ranges::count(platform.windows.events, event); }
+    long alerts(std::string_view prefix) {
+        return std::ranges::count_if(platform.alerts.shown, [prefix](const Alert& alert) {
+            return alert.informativeText.starts_with(prefix);
         });
+    }
+    long gifs() {
         const auto lines = platform.log.lines();
-        return alerts + std::ranges::count_if(lines, [](const std::string& line) {
-                   return line.starts_with("[Clipwren] GIF copied to clipboard");
-               });
+        return std::ranges::count_if(lines, [](const std::string& line) {
+            return line.starts_with("[Clipwren] GIF copied to clipboard");
+        });
+    }
+    long outcomes() { return gifs() + alerts("Could not save GIF: "); }
+    // The settings window while it is open.
+    FakeSettingsViewState* settings() {
+        auto& made = platform.settingsViews.made;
+        return made.empty() || !made.back()->exists ? nullptr : made.back().get();
+    }
+
+    // From the first symbol to the last: a recording is stopped once or its start has failed, nothing but a
+    // recording is encoded, and encoding ends at idle.
+    void checkHistory() {
+        const auto& history = item().symbolHistory;
+        long recordings = 0;
+        long failedStarts = 0;
+        for (std::size_t i = 0; i + 1 < history.size(); ++i) {
+            const std::string& next = history[i + 1];
+            if (history[i] == "record.circle") {
+                EXPECT_EQ(next, "record.circle.fill");
+            } else if (history[i] == "arrow.triangle.2.circlepath") {
+                EXPECT_EQ(next, "record.circle");
+            } else {
+                ++recordings;
+                failedStarts += next == "record.circle" ? 1 : 0;
+            }
+        }
+        EXPECT_EQ(recordings, count("arrow.triangle.2.circlepath") + failedStarts);
+        EXPECT_LE(recordings, told("monitor keys")) << "at most one recording a selection";
+        EXPECT_LE(failedStarts, alerts("Could not start recording: "));
+    }
+    void expectNoHiddenFile() {
+        const auto folder = platform.folders.homeFolder / "Pictures" / "Clipwren";
+        std::error_code ignored;
+        for (std::filesystem::directory_iterator entry(folder, ignored), end; entry != end; ++entry)
+            EXPECT_FALSE(entry->path().filename().string().starts_with(".")) << entry->path();
+    }
+    void addTo(Tally& tally) {
+        tally.gifs += gifs();
+        tally.failedSaves += alerts("Could not save GIF: ");
+        tally.failedStarts += alerts("Could not start recording: ");
+        tally.cancelled += told("monitor keys") - count("record.circle.fill");
+        tally.autoStops += autoStops;
+        tally.settingsOpened += static_cast<long>(platform.settingsViews.made.size());
+    }
+
+    void waitAWhile() {
+        const long before = count("arrow.triangle.2.circlepath");
+        const bool wasRecording = item().symbolName == "record.circle.fill";
+        platform.mainQueue.advance(std::array{0.4, 0.4, 20., 70.}[static_cast<std::size_t>(pick(4))]);
+        if (wasRecording && count("arrow.triangle.2.circlepath") > before) ++autoStops;
+    }
+    void changeASetting() {
+        auto* view = settings();
+        if (!view) {
+            platform.store.values["recording.maxDuration"] =
+                std::array{15, 30, 60, 0, -7}[static_cast<std::size_t>(pick(5))];
+            return;
+        }
+        switch (pick(5)) {
+        case 0: view->choose(SettingsPopup::fps, pick(7) - 1); break;
+        case 1: view->choose(SettingsPopup::resolution, pick(7) - 1); break;
+        case 2: view->choose(SettingsPopup::duration, pick(6) - 1); break;
+        case 3: view->clickReset(); break;
+        case 4: view->switchLaunchAtLogin(pick(2) == 0); break;
+        }
     }
 
     void drag() {
@@ -125,7 +221,7 @@ private:
     }
     void changeTheWorld() {
         auto& capture = platform.screenCapture;
-        switch (pick(6)) {
+        switch (pick(12)) {
         case 0: capture.holdsStart = !capture.holdsStart; break;
         case 1: capture.startError = PlatformError{"Not now."}; break;
         case 2: capture.startError.reset(); break;
@@ -138,7 +234,25 @@ private:
             platform.folders.picturesFolder = "/dev/null/none";
             break;
         case 5: platform.folders.picturesFolder.reset(); break;
+        case 6: // a disk that fails soon, for a while or until it is replaced
+            platform.files.restart();
+            platform.files.operations = 0;
+            platform.files.faultyOperation = 1 + pick(6);
+            platform.files.fault = pick(2) == 0 ? FakeFiles::Fault::once : FakeFiles::Fault::forGood;
+            break;
+        case 7: platform.files.restart(); break;
+        case 8: // another monitor comes or goes
+            platform.screens.attached.resize(1);
+            if (pick(2) == 0) platform.screens.attached.push_back({{1440, 0, 800, 600}, 2});
+            break;
+        case 9: capture.contentError = chance("No content."); break;
+        case 10: capture.outputError = chance("No output."); break;
+        case 11: capture.stopError = chance("Already over."); break;
         }
+    }
+
+    std::optional<PlatformError> chance(const char* text) {
+        return pick(3) == 0 ? std::optional(PlatformError{text}) : std::nullopt;
     }
 
     void checkLaws() {
@@ -148,8 +262,9 @@ private:
         int selectors = 0;
         for (const auto& window : platform.windows.visible())
             ++(window->options.ignoresMouseEvents ? overlays : selectors);
-        EXPECT_EQ(overlays, recording ? 1 : 0);
-        EXPECT_EQ(selectors, platform.windows.keyMonitorCount);
+        EXPECT_EQ(overlays > 0, recording);
+        EXPECT_EQ(selectors > 0, platform.windows.keyMonitorCount == 1);
+        EXPECT_LE(platform.windows.keyMonitorCount, 1);
         if (!beforeRecording) {
             EXPECT_EQ(selectors, 0);
         }
@@ -166,19 +281,30 @@ private:
     std::shared_ptr<AppDelegate> delegate = AppDelegate::create(platform.ports);
     int alertDepth = 0;
     std::int64_t frameTime = 0;
+    long autoStops = 0;
 };
 
 TEST(RandomEvents, TheLawsHoldWhateverHappens) {
     constexpr unsigned lives = 10'000;
     constexpr int events = 40;
     const TemporaryFolder home;
+    Tally tally;
     for (unsigned seed = 0; seed < lives && !testing::Test::HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
         RandomLife life(seed, home.path());
         for (int i = 0; i < events; ++i)
             life.happen();
-        life.comeToRest();
+        life.comeToRest(tally);
     }
+    if (testing::Test::HasFailure()) return;
+    for (const long times : {tally.gifs, tally.failedSaves, tally.failedStarts, tally.cancelled,
+                             tally.autoStops, tally.settingsOpened})
+        EXPECT_GT(times, 100);
+    std::printf(
+        "%ld GIFs, %ld failed saves, %ld failed starts, %ld selections without recording, %ld auto-stops, "
+        "%ld settings windows\n",
+        tally.gifs, tally.failedSaves, tally.failedStarts, tally.cancelled, tally.autoStops,
+        tally.settingsOpened);
 }
 
 } // namespace
