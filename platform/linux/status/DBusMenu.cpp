@@ -6,6 +6,7 @@
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QHash>
 
 namespace clipwren {
 
@@ -19,6 +20,17 @@ const QVariantMap menuFacts{
     {QStringLiteral("TextDirection"), QStringLiteral("ltr")},
     {QStringLiteral("Status"), QStringLiteral("normal")},
     {QStringLiteral("IconThemePath"), QStringList()},
+};
+
+// What each method takes. Reading arguments as what they are not ends the process or never ends.
+const QHash<QString, QString> signatures{
+    {QStringLiteral("GetLayout"), QStringLiteral("iias")},
+    {QStringLiteral("GetGroupProperties"), QStringLiteral("aias")},
+    {QStringLiteral("GetProperty"), QStringLiteral("is")},
+    {QStringLiteral("Event"), QStringLiteral("isvu")},
+    {QStringLiteral("EventGroup"), QStringLiteral("a(isvu)")},
+    {QStringLiteral("AboutToShow"), QStringLiteral("i")},
+    {QStringLiteral("AboutToShowGroup"), QStringLiteral("ai")},
 };
 
 constexpr const char* description = R"XML(
@@ -106,15 +118,19 @@ QString DBusMenu::introspect(const QString&) const { return QLatin1String(descri
 bool DBusMenu::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
     if (answerProperties(message, connection, interfaceName, menuFacts)) return true;
     if (!message.interface().isEmpty() && message.interface() != interfaceName) return false;
-    bool isKnown = true;
+    const auto signature = signatures.find(message.member());
+    if (signature == signatures.end()) return false;
     QString error;
-    const QVariantList answers = answer(message, isKnown, error);
-    if (!isKnown) return false;
+    QVariantList answers;
+    if (message.signature() == *signature)
+        answers = answer(message, error);
+    else
+        error = QStringLiteral("The method takes other arguments: ") + *signature;
     return connection.send(error.isEmpty() ? message.createReply(answers)
                                            : message.createErrorReply(QDBusError::InvalidArgs, error));
 }
 
-QVariantList DBusMenu::answer(const QDBusMessage& message, bool& isKnown, QString& error) {
+QVariantList DBusMenu::answer(const QDBusMessage& message, QString& error) {
     const QString member = message.member();
     const QVariantList arguments = message.arguments();
     const Menu* menu = state.menu.get();
@@ -150,8 +166,6 @@ QVariantList DBusMenu::answer(const QDBusMessage& message, bool& isKnown, QStrin
         QList<int> unknown = qdbus_cast<QList<int>>(arguments.value(0));
         unknown.removeIf(isLine);
         return {QVariant::fromValue(QList<int>()), QVariant::fromValue(unknown)};
-    } else {
-        isKnown = false;
     }
     return {};
 }

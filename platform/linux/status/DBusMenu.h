@@ -25,7 +25,8 @@ public:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
-    QVariantList answer(const QDBusMessage& message, bool& isKnown, QString& error);
+    // To a message with the arguments that its method takes.
+    QVariantList answer(const QDBusMessage& message, QString& error);
     bool handleEvent(int id, const QString& event);
 
     const StatusItemState& state;
