@@ -137,7 +137,10 @@ bool X11CaptureWorker::placeRegion() {
         link->await<xcb_get_geometry_reply_t>(xcb_get_geometry(link->raw(), link->root()).sequence);
     const auto screen = std::ranges::find(screens, job.displayID, &NativeScreen::id);
     if (link->isLost() || !root) {
-        if (link->isLost()) fail("The display server ended the connection.");
+        if (link->isLost())
+            fail("The display server ended the connection.");
+        else if (end.requested() == EndSignal::Request::none)
+            fail("The display server does not tell the size of the screen.");
         return false;
     }
     if (screen == screens.end()) {

@@ -6,6 +6,8 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -26,12 +28,19 @@ std::vector<NativeMonitor> readMonitors(xcb_connection_t* connection, xcb_window
     const auto reply = owned(
         xcb_randr_get_monitors_reply(connection, xcb_randr_get_monitors(connection, root, true), nullptr));
     if (!reply) return monitors;
-    for (auto it = xcb_randr_get_monitors_monitors_iterator(reply.get()); it.rem > 0;
-         xcb_randr_monitor_info_next(&it)) {
-        const xcb_randr_monitor_info_t& info = *it.data;
+    // Whatever numbers the reply tells, no more than it holds. Behind each monitor stand its outputs.
+    const auto* next = reinterpret_cast<const std::byte*>(reply.get() + 1);
+    std::size_t left = std::size_t{reply->length} * 4;
+    for (std::uint32_t i = 0; i < reply->nMonitors && left >= sizeof(xcb_randr_monitor_info_t); ++i) {
+        xcb_randr_monitor_info_t info;
+        std::memcpy(&info, next, sizeof info);
         monitors.push_back({.id = info.name,
                             .pixels = {info.x, info.y, info.width, info.height},
                             .isPrimary = info.primary != 0});
+        const std::size_t size = sizeof info + std::size_t{info.nOutput} * sizeof(xcb_randr_output_t);
+        if (size > left) break;
+        next += size;
+        left -= size;
     }
     return monitors;
 }
@@ -44,7 +53,7 @@ std::string readResources(xcb_connection_t* connection, xcb_window_t root) {
                                      nullptr));
     if (!reply || reply->format != 8) return {};
     return {static_cast<const char*>(xcb_get_property_value(reply.get())),
-            static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+            std::min(std::size_t{reply->value_len}, std::size_t{reply->length} * 4)};
 }
 
 struct Observer : ScreensObserver {
