@@ -2,6 +2,7 @@
 
 #include "encoding/FrameDelays.h"
 #include "encoding/RecordedAnimation.h"
+#include "tests/support/Choices.h"
 #include "tests/support/DecodedGif.h"
 #include "tests/support/MemorySink.h"
 #include "tests/support/TestPicture.h"
@@ -17,25 +18,6 @@
 namespace clipwren {
 
 namespace {
-
-// Decisions from the bytes as long as there are any, then zeros.
-class Choices {
-public:
-    explicit Choices(std::span<const std::uint8_t> bytes) : bytes(bytes) {}
-
-    unsigned byte() {
-        if (bytes.empty()) return 0;
-        const unsigned result = bytes.front();
-        bytes = bytes.subspan(1);
-        return result;
-    }
-    // 0 to limit - 1.
-    int below(int limit) { return static_cast<int>((byte() << 8 | byte()) % static_cast<unsigned>(limit)); }
-    Pixel color() { return 0xFF000000 | byte() << 16 | byte() << 8 | byte(); }
-
-private:
-    std::span<const std::uint8_t> bytes;
-};
 
 PixelSize chooseSize(Choices& choices) {
     switch (choices.byte() % 4) {
