@@ -19,6 +19,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -80,6 +82,14 @@ Usage usage() {
     return {seconds(now.ru_utime) + seconds(now.ru_stime), now.ru_nvcsw};
 }
 
+// The process's own memory in bytes, files and what is shared with the server left out.
+double ownMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("RssAnon:")) return std::atof(line.c_str() + 8) * 1024;
+    return 0;
+}
+
 // Duplicates, gaps and how far the frames' times are from those of the pictures they show.
 void printCounters(const std::vector<RecordedFrame>& frames, const Options& options) {
     int duplicates = 0, gaps = 0, backwards = 0;
@@ -138,6 +148,7 @@ int main(int argc, char** argv) {
     std::shared_ptr<CaptureStream> stream;
     int status = 1;
     Usage begin{}, end{};
+    double memoryBefore = 0;
 
     const auto fail = [&](const PlatformError& error) {
         std::fprintf(stderr, "%s\n", error.localizedDescription.c_str());
@@ -163,6 +174,7 @@ int main(int argc, char** argv) {
             .queueDepth = 6,
             .pixelFormat = pixelFormatBGRA,
             .showsCursor = options.cursor};
+        memoryBefore = ownMemory();
         stream = capture.makeStream({.display = content->displays.front()}, configuration, {});
         stream->addOutput(store, StreamOutputType::screen, queue);
         stream->start([&](const std::optional<PlatformError>& error) {
@@ -176,10 +188,17 @@ int main(int argc, char** argv) {
     if (status != 0) return status;
 
     std::vector<RecordedFrame> frames;
-    queue->sync([&] { frames = store->take(); });
+    std::int64_t nominal = 0;
+    queue->sync([&] {
+        nominal = store->byteCount();
+        frames = store->take();
+    });
+    const double held = ownMemory() - memoryBefore;
     std::printf("frames %zu\nprocessor %.5f\nwakeups %.1f\n", frames.size(),
                 (end.processor - begin.processor) / options.seconds,
                 static_cast<double>(end.switches - begin.switches) / options.seconds);
+    std::printf("nominalMegabytes %.2f\nheldMegabytes %.2f\n", static_cast<double>(nominal) / (1 << 20),
+                held / (1 << 20));
     if (options.counter) printCounters(frames, options);
     return 0;
 }

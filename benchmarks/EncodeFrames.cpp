@@ -6,6 +6,7 @@
 // each frame in seconds, one a line. With --plain the frames go without the badge. The frames are first read
 // into block-shared images; that is timed by itself. With --packed they are handed over as the recorder does.
 
+#include "benchmarks/RawFrames.h"
 #include "encoding/AnimationWriter.h"
 #include "encoding/ByteSink.h"
 #include "encoding/RecordedAnimation.h"
@@ -19,12 +20,9 @@
 #include <sys/resource.h>
 
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
-#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -62,24 +60,12 @@ bool parse(int argc, char** argv, Options& options) {
 }
 
 std::vector<RecordedFrame> read(const Options& options) {
-    std::ifstream times(options.times);
-    std::ifstream pixels(options.frames, std::ios::binary);
-    int width = 0;
-    int height = 0;
-    if (!(times >> width >> height) || width < 1 || height < 1) return {};
-    std::vector<Pixel> buffer(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-    const auto size = static_cast<std::streamsize>(buffer.size() * sizeof(Pixel));
+    RawFrames raw(options.frames, options.times);
     std::vector<RecordedFrame> frames;
-    std::optional<Image> last;
-    std::optional<ImagePacker> packer;
-    if (options.packed) packer.emplace();
-    for (double time = 0; times >> time;) {
-        if (!pixels.read(reinterpret_cast<char*>(buffer.data()), size)) return {};
-        const Image::Patch whole{{0, 0, width, height}, buffer.data(), width};
-        last = last ? last->replacing({&whole, 1}) : Image(PixelView{buffer.data(), width, height, width});
-        frames.push_back({packer ? FrameImage(packer->pack(*last)) : FrameImage(*last),
-                          MediaTime::nanoseconds(std::llround(time * 1e9))});
-    }
+    ImagePacker packer;
+    while (const auto frame = raw.next())
+        frames.push_back(
+            {options.packed ? FrameImage(packer.pack(frame->image)) : FrameImage(frame->image), frame->time});
     return frames;
 }
 

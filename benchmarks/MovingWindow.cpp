@@ -1,10 +1,12 @@
 // A window whose every pixel changes at a steady rate, with the number of its picture in its corner:
 // something to record. Or, with --quiet, a still one with a blinking caret while the pointer moves about now
-// and then.
+// and then; or, with --scene, an editor, a chat, a film, or nothing at all.
 //
 //   moving-window [--size WxH] [--at X,Y] [--fps N] [--jitter MS] [--seconds S] [--quiet]
+//                 [--scene typing|chat|video|still]
 
 #include "benchmarks/FrameCounter.h"
+#include "benchmarks/Scenes.h"
 
 #include <xcb/xcb.h>
 
@@ -12,6 +14,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <random>
 #include <string_view>
 #include <thread>
@@ -31,6 +34,7 @@ struct Options {
     double jitter = 0; // ms to either side
     double seconds = 10;
     bool quiet = false;
+    std::string_view scene;
 };
 
 bool parse(int argc, char** argv, Options& options) {
@@ -50,6 +54,8 @@ bool parse(int argc, char** argv, Options& options) {
             options.fps = std::atof(argv[i]);
         else if (name == "--jitter")
             options.jitter = std::atof(argv[i]);
+        else if (name == "--scene")
+            options.scene = argv[i];
         else if (name == "--seconds")
             options.seconds = std::atof(argv[i]);
         else
@@ -94,6 +100,18 @@ public:
         fill(back, screen->white_pixel, squares[1]);
         copy(back, 0, window);
         xcb_flush(connection);
+    }
+
+    // None of this name.
+    std::unique_ptr<clipwren::Scene> makeScene(std::string_view name) const {
+        if (name == "typing")
+            return std::make_unique<clipwren::TypingScene>(connection, window, options.width, options.height);
+        if (name == "chat")
+            return std::make_unique<clipwren::ChatScene>(connection, window, options.width, options.height);
+        if (name == "video")
+            return std::make_unique<clipwren::VideoScene>(connection, window, options.width, options.height,
+                                                          screen->root_depth);
+        return nullptr;
     }
 
     void drawCaret(bool shown) {
@@ -158,13 +176,14 @@ int main(int argc, char** argv) {
     Options options;
     if (!parse(argc, argv, options)) {
         std::fprintf(stderr, "usage: moving-window [--size WxH] [--at X,Y] [--fps N] [--jitter MS] "
-                             "[--seconds S] [--quiet]\n");
+                             "[--seconds S] [--quiet] [--scene NAME]\n");
         return 2;
     }
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
     if (xcb_connection_has_error(connection)) return 1;
     {
         MovingWindow window(connection, options);
+        const auto scene = window.makeScene(options.scene);
         std::puts("ready");
         std::fflush(stdout);
 
@@ -178,6 +197,12 @@ int main(int argc, char** argv) {
         for (int number = 0; number / options.fps < options.seconds; ++number) {
             std::this_thread::sleep_until(at(number / options.fps + jitter(random)));
             if (xcb_connection_has_error(connection)) break;
+            if (scene) {
+                scene->draw(number);
+                xcb_flush(connection);
+                continue;
+            }
+            if (options.scene == "still") continue;
             if (!options.quiet) {
                 window.draw(number);
                 continue;
