@@ -65,6 +65,16 @@ class Screens(desktop.ScreenTest):
             return 0.45 < shot[monitors].sum() / before[monitors].sum() < 0.6
         desktop.wait_for(dark, "a veil over all monitors", 5)
 
+    def check_selector(self):
+        """The selector covers every monitor, and the empty desktop shines through it everywhere."""
+        desktop.wait_for(self.desktop.selecting, "a selector on every monitor")
+        monitors = self.desktop.on_monitors()
+
+        def dimmed():
+            shown = desktop.screenshot()[monitors].astype(int)
+            return np.abs(shown - np.array(BACKGROUND) * 0.65).max() <= 2
+        desktop.wait_for(dimmed, "a dimmed desktop", 5)
+
     def works_again(self, clipwren):
         """Nothing is left over: neither a window nor a grab nor a state."""
         desktop.wait_for(self.desktop.bare, "no covering window")
@@ -89,7 +99,7 @@ class Screens(desktop.ScreenTest):
         clipwren = self.start()
         clipwren.begin()
         self.desktop.arrange(*FIRST_UNPLUGGED)
-        desktop.wait_for(self.desktop.selecting, "a selector on what is left")
+        self.check_selector()
         self.assertEqual(len(self.desktop.covering_windows()), 2)
         self.record(clipwren, self.desktop.monitors[1])
         self.works_again(clipwren)
@@ -104,7 +114,7 @@ class Screens(desktop.ScreenTest):
         self.desktop.move(right, bottom)
         self.desktop.arrange("--output", "DUMMY2", "--off")
         time.sleep(0.1)  # no hand is quicker
-        desktop.wait_for(self.desktop.selecting, "a selector on what is left")
+        self.check_selector()
         self.desktop.button(False)
         desktop.holds_for(self.desktop.selecting, "the selector")
         self.desktop.keysym("Escape")
@@ -115,7 +125,7 @@ class Screens(desktop.ScreenTest):
         clipwren = self.start()
         clipwren.begin()
         self.plug_all_in()
-        desktop.wait_for(self.desktop.selecting, "a selector on all three")
+        self.check_selector()
         self.desktop.keysym("Escape")
         self.works_again(clipwren)
 
@@ -123,7 +133,7 @@ class Screens(desktop.ScreenTest):
         clipwren = self.start()
         clipwren.begin()
         self.desktop.arrange("--output", "DUMMY0", "--mode", "1024x768")
-        desktop.wait_for(self.desktop.selecting, "a selector on all three")
+        self.check_selector()
         self.record(clipwren, self.desktop.monitors[0])
         self.works_again(clipwren)
 
