@@ -54,7 +54,15 @@ class Neighbours(desktop.ScreenTest):
 
     def wait_for_veil(self):
         desktop.wait_for(self.veil_is_on_top, "the veil above everything")
-        time.sleep(0.3)  # a compositor shows it a moment later
+        # A compositor shows it a moment later, and programs paint when they come to it.
+        before = desktop.screenshot()
+
+        def rests():
+            nonlocal before
+            time.sleep(0.15)
+            last, before = before, desktop.screenshot()
+            return np.array_equal(last, before)
+        desktop.wait_for(rests, "a screen at rest")
 
     def check(self):
         """Looks with the veil, ends the recording, and looks without; returns the frames."""
@@ -176,6 +184,7 @@ class Neighbours(desktop.ScreenTest):
         self.clicks_reach(there, (450, 350), (700, 500))
         self.tell_manager(self.desktop.root.id, "_NET_CURRENT_DESKTOP", 0)
         desktop.wait_for(lambda: (desktop.screenshot()[380:410, 450:500] == (0x3a, 0x6e, 0xa5)).sum() == 0, "the first desktop")
+        time.sleep(1.5)  # for a second, Openbox shows the desktop's name
         frames = self.check()
         self.assertTrue(any((frame[:200, :200] == (0x3a, 0x6e, 0xa5)).all() for frame in frames))
 

@@ -22,7 +22,7 @@ class Ending(desktop.ScreenTest):
     def begin_encoding(self):
         """Returns when a recording has just ended that takes a while to encode; with the program."""
         clipwren = self.start({"fps": 30, "resolution": 1600, "maxDuration": 0})
-        self.record(clipwren, 1200, 900, 45)
+        self.record(clipwren, 1200, 900, 30)
         self.desktop.hot_key()
         desktop.wait_for(self.desktop.bare, "the end of the recording")
         self.assertEqual([file for file in clipwren.gifs() if not file.name.startswith(".")], [], "already saved")
@@ -78,7 +78,7 @@ class SessionEnd(Ending):
     def test_sigterm_while_encoding(self):
         clipwren = self.begin_encoding()
         self.assertEqual(clipwren.close(), 0)
-        self.check_gif(clipwren, 40)
+        self.check_gif(clipwren, 25)
 
 
 class DisplayEnd(Ending):
@@ -111,7 +111,7 @@ class DisplayEnd(Ending):
     def test_while_encoding(self):
         clipwren = self.begin_encoding()
         self.ends_with_the_server(clipwren)
-        self.check_gif(clipwren, 40)
+        self.check_gif(clipwren, 25)
 
 
 if __name__ == "__main__":
