@@ -16,8 +16,9 @@ namespace clipwren {
 namespace {
 
 constexpr const char* summary = "Clipwren is running";
-constexpr const char* body = "No panel shows its icon. Super+Shift+G begins and ends a recording; starting "
-                             "Clipwren again opens its settings.";
+constexpr const char* body =
+    "No panel shows its icon. Super+Shift+G or the command clipwren --trigger begins and ends a "
+    "recording; starting Clipwren again opens its settings.";
 constexpr int notificationMilliseconds = 5000;
 
 void tellOfHiddenItem() {
