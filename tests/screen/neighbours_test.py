@@ -101,13 +101,13 @@ class Neighbours(desktop.ScreenTest):
     def test_a_new_window(self):
         new = self.pattern(400, 300, 400, 300)
         self.wait_for_veil()
-        self.clicks_reach(new, (450, 350), (700, 500))  # in the region and beside it
+        self.clicks_reach(new, (450, 350), (750, 350))  # in the region and beside it
         self.check()
 
     def test_a_window_that_no_manager_knows(self):
         new = self.pattern(400, 300, 400, 300, unmanaged=True)
         self.wait_for_veil()
-        self.clicks_reach(new, (450, 350), (700, 500))
+        self.clicks_reach(new, (450, 350), (750, 350))
         self.check()
 
     def test_a_full_screen_window(self):
@@ -181,7 +181,7 @@ class Neighbours(desktop.ScreenTest):
         time.sleep(0.3)
         there = self.pattern(400, 300, 400, 300)
         self.wait_for_veil()
-        self.clicks_reach(there, (450, 350), (700, 500))
+        self.clicks_reach(there, (450, 350), (750, 350))
         self.tell_manager(self.desktop.root.id, "_NET_CURRENT_DESKTOP", 0)
         desktop.wait_for(lambda: (desktop.screenshot()[380:410, 450:500] == (0x3a, 0x6e, 0xa5)).sum() == 0, "the first desktop")
         time.sleep(1.5)  # for a second, Openbox shows the desktop's name
