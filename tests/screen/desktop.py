@@ -1,15 +1,10 @@
-"""What a person at the desktop does and sees: mouse, keys, screenshots, windows, and Clipwren itself.
+"""What a person at the desktop does and sees: mouse, keys, screenshots and windows; and the test that uses them.
 
 Runs inside tests/support/desktop.sh. CLIPWREN_BUILD names the build folder; build/release otherwise.
 """
 
-import os
-import pathlib
-import re
-import signal
 import subprocess
 import sys
-import threading
 import time
 import unittest
 
@@ -18,59 +13,17 @@ from PIL import ImageGrab
 from Xlib import X, XK, display, error
 from Xlib.ext import randr, shape, xtest
 
-REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
-BUILD = pathlib.Path(os.environ.get("CLIPWREN_BUILD", REPOSITORY / "build" / "release"))
+from processes import BUILD, PATIENCE, Lines, end, holds_for, tool, wait_for
+from programs import Clipwren, PatternWindow
+
+__all__ = ["BUILD", "PATIENCE", "Clipwren", "Desktop", "Lines", "PatternWindow", "ScreenTest", "end", "holds_for", "main",
+           "screenshot", "tool", "wait_for"]
+
 KEY_G = 42  # XKB's AC05, whatever the layout prints on it
-# Everything takes longer under a sanitizer and on a busy machine; a wait that succeeds costs nothing.
-PATIENCE = 15
-
-
-def tool(name):
-    return str(BUILD / "bin" / name)
-
-
-def wait_for(predicate, what, seconds=PATIENCE):
-    """The first true result of the predicate; AssertionError after the time."""
-    limit = time.monotonic() + seconds
-    while True:
-        result = predicate()
-        if result:
-            return result
-        assert time.monotonic() < limit, f"waited {seconds} s for {what}"
-        time.sleep(0.02)
-
-
-def holds_for(predicate, what, seconds=0.5):
-    """Checks that something stays as it is."""
-    limit = time.monotonic() + seconds
-    while time.monotonic() < limit:
-        assert predicate(), f"no longer so: {what}"
-        time.sleep(0.02)
 
 
 def screenshot():
     return np.asarray(ImageGrab.grab(xdisplay=""))[:, :, :3]
-
-
-class Lines:
-    """The lines of a pipe, gathered while they come, each with the monotonic time of its arrival."""
-
-    def __init__(self, pipe, echo=False):
-        self.lines = []
-        self.times = []
-        self.echo = echo
-        self.thread = threading.Thread(target=self.read, args=(pipe,), daemon=True)
-        self.thread.start()
-
-    def read(self, pipe):
-        for line in pipe:
-            self.times.append(time.monotonic())
-            self.lines.append(line.rstrip("\n"))
-            if self.echo:
-                print(f"  clipwren: {line}", end="", file=sys.stderr, flush=True)
-
-    def matching(self, pattern):
-        return [match for match in (re.search(pattern, line) for line in list(self.lines)) if match]
 
 
 class Desktop:
@@ -232,118 +185,6 @@ class Desktop:
     def focus(self):
         focus = self.display.get_input_focus().focus
         return focus if isinstance(focus, int) else focus.id
-
-
-class PatternWindow:
-    """A running pattern_window. An unmanaged one stands where no window manager would let it."""
-
-    def __init__(self, left, top, width, height, fps=0, frames=1, unmanaged=False):
-        self.size = (width, height)
-        self.process = subprocess.Popen([tool("pattern_window"), *map(str, (left, top, width, height, fps, frames)),
-                                         *(["unmanaged"] if unmanaged else [])],
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        self.output = Lines(self.process.stdout)
-        ready = wait_for(lambda: self.output.matching(r"^ready (-?\d+) (-?\d+) (\d+)"), "the pattern window")[0]
-        assert (int(ready[1]), int(ready[2])) == (left, top), f"the window manager put it elsewhere: {ready[0]}"
-        self.left, self.top, self.id = left, top, int(ready[3])
-        self.moving = False
-
-    def go(self):
-        """Sets the pictures in motion."""
-        self.moving = True
-        self.process.stdin.write("\n")
-        self.process.stdin.flush()
-
-    def times(self):
-        """When each picture appeared, by number."""
-        return {int(match[1]): float(match[2]) for match in self.output.matching(r"^frame (\d+) ([\d.]+)")}
-
-    def wait_for_frame(self, n, seconds=PATIENCE):
-        wait_for(lambda: n in self.times(), f"picture {n}", seconds)
-
-    def presses(self, kind):
-        """The presses of buttons ("button") or keys ("key") so far, as the numbers that the window logged."""
-        return [int(match[1]) for match in self.output.matching(rf"^{kind} (\d+) ")]
-
-    def close(self):
-        end(self.process)
-
-
-class Clipwren:
-    """A running Clipwren, ready for its hot key.
-
-    settings: what stands in the ini file's section [recording], or its whole text.
-    command: a prefix for the command line.
-    """
-
-    def __init__(self, desktop, settings=None, command=(), environment=None):
-        self.desktop = desktop
-        home = pathlib.Path(os.environ["HOME"])
-        self.folder = home / "Pictures" / "Clipwren"
-        self.settings = pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "clipwren" / "clipwren.ini"
-        if settings is not None:
-            self.settings.parent.mkdir(parents=True, exist_ok=True)
-            text = settings
-            if not isinstance(settings, (str, bytes)):
-                text = "[recording]\n" + "".join(f"{key}={value}\n" for key, value in settings.items())
-            self.settings.write_bytes(text if isinstance(text, bytes) else text.encode())
-        self.before = set(self.folder.glob("*"))
-        self.process = subprocess.Popen([*command, str(BUILD / "clipwren")], stderr=subprocess.PIPE, text=True,
-                                        errors="replace", env={**os.environ, **(environment or {})})
-        self.log = Lines(self.process.stderr, echo=True)
-        self.saved = 0
-        wait_for(lambda: self.process.poll() is not None or desktop.hot_key_is_taken(), "the hot key")
-        assert self.process.poll() is None, f"Clipwren ended with {self.process.returncode}"
-
-    def running(self):
-        return self.process.poll() is None
-
-    def begin(self):
-        """Hot key; returns when the selector is up and a person could have noticed."""
-        self.desktop.hot_key()
-        wait_for(self.desktop.selecting, "the selector")
-        time.sleep(0.15)
-
-    def select(self, left, top, right, bottom):
-        """Hot key and drag; returns when the veil is up."""
-        self.begin()
-        self.desktop.drag(left, top, right, bottom)
-        wait_for(self.desktop.recording, "the veil")
-
-    def stop(self):
-        self.desktop.hot_key()
-        return self.wait_for_gif()
-
-    def wait_for_gif(self, seconds=60):
-        """The path of the next GIF that the log speaks of."""
-        def line():
-            assert self.running() or self.log.thread.is_alive(), "Clipwren ended"
-            assert not self.desktop.windows_named("Clipwren"), "Clipwren shows an alert instead"
-            found = self.log.matching(r"\[Clipwren\] GIF copied to clipboard — (Recording_.*\.gif)$")
-            return found[self.saved:self.saved + 1]
-        name = wait_for(line, "the log line of a saved GIF", seconds)[0][1]
-        self.saved += 1
-        return self.folder / name
-
-    def gifs(self):
-        """The files that have come into the folder since the start."""
-        return sorted(set(self.folder.glob("*")) - self.before)
-
-    def close(self):
-        """Ends it as a session manager does; its status."""
-        return end(self.process)
-
-
-def end(process, seconds=10):
-    """Asks a process to end; its status, or AssertionError when it has to be killed."""
-    if process.poll() is None:
-        process.send_signal(signal.SIGTERM)
-    try:
-        return process.wait(seconds)
-    except subprocess.TimeoutExpired:
-        process.kill()
-        process.wait()
-        raise AssertionError(f"{process.args[0]} did not end within {seconds} s")
 
 
 class ScreenTest(unittest.TestCase):
