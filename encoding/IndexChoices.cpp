@@ -30,6 +30,7 @@ int useShortCodes(std::span<IndexChoice> indices, std::uint8_t transparency) {
     for (const IndexChoice& index : indices)
         needed |= index.first;
     const int size = minimumCodeSize(needed + std::size_t{1});
+    if (size == 8) return size;
     for (IndexChoice& index : indices)
         if (index.second >> size) index.second = index.first;
     return size;

@@ -109,20 +109,19 @@ std::uint32_t ShownPicture::healRun(const PixelRun& run, const DrawnRun& drawn, 
 
 std::vector<IndexChoice> ShownPicture::stayingChoices(const PixelRect& rect, const Palette& palette,
                                                       std::uint8_t transparent) const {
-    std::vector<IndexChoice> result;
-    result.reserve(static_cast<std::size_t>(rect.area()));
+    std::vector<IndexChoice> result(static_cast<std::size_t>(rect.area()), {transparent, transparent});
     const PaletteIndex entries(palette, transparent);
-    Pixel known = nothingYet;
-    IndexChoice choice{transparent, transparent};
+    IndexChoice* target = result.data();
     for (int y = rect.y; y < rect.maxY(); ++y) {
-        const Pixel* shown = colors.data() + offset(rect.x, y);
-        for (int x = 0; x < rect.width; ++x) {
-            if (shown[x] != known) {
-                known = shown[x];
-                const auto entry = entries.find(known);
-                choice.second = entry.value_or(transparent);
-            }
-            result.push_back(choice);
+        const Pixel* const end = colors.data() + offset(rect.maxX(), y);
+        // Neighbours are often equal.
+        for (const Pixel* shown = colors.data() + offset(rect.x, y); shown != end;) {
+            const Pixel* const next =
+                std::find_if(shown, end, [color = *shown](Pixel other) { return other != color; });
+            if (const auto entry = entries.find(*shown))
+                std::fill_n(target, next - shown, IndexChoice{transparent, *entry});
+            target += next - shown;
+            shown = next;
         }
     }
     return result;
