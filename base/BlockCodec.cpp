@@ -30,30 +30,27 @@ constexpr std::uint8_t opaquePlanes = 0;
 constexpr std::uint8_t fourPlanes = largestColorCount + 1;
 static_assert(largestPackedBlock == 1 + height * 4 * (2 + width));
 
-// A bit for each group that equals the one above it, or, in the first row, is of the first pixel's colour.
-std::uint64_t repeatedGroups(const Pixel* pixels) {
-    std::uint64_t repeated = 0;
-    for (int group = 0; group < groupCount; ++group) {
-        const Pixel* now = pixels + group * groupSize;
-        Pixel difference = 0;
-        if (group < groupsInRow)
-            for (int i = 0; i < groupSize; ++i)
-                difference |= now[i] ^ pixels[0];
-        else
-            for (int i = 0; i < groupSize; ++i)
-                difference |= now[i] ^ now[i - width];
-        repeated |= std::uint64_t{difference == 0} << group;
-    }
-    return repeated;
+// Whether a group equals the one above it, or, in the first row, is of the first pixel's colour.
+bool isRepeated(const Pixel* pixels, int group) {
+    const Pixel* now = pixels + group * groupSize;
+    Pixel difference = 0;
+    if (group < groupsInRow)
+        for (int i = 0; i < groupSize; ++i)
+            difference |= now[i] ^ pixels[0];
+    else
+        for (int i = 0; i < groupSize; ++i)
+            difference |= now[i] ^ now[i - width];
+    return difference == 0;
 }
 
 struct Colors {
-    std::array<Pixel, largestColorCount> palette{};
+    std::array<Pixel, largestColorCount> palette;
     std::array<std::uint8_t, pixelCount> indices; // of the groups that are not repeated, one after another
+    std::uint64_t repeated = 0;                   // a bit for each group
     int count = 0;                                // 0: too many
 };
 
-void findColors(const Pixel* pixels, std::uint64_t repeated, Colors& colors) {
+void findColors(const Pixel* pixels, Colors& colors) {
     constexpr int slotCount = 64;
     constexpr std::uint8_t none = 0xFF;
     const auto slotOf = [](Pixel color) { return color * 2654435761u >> 26; };
@@ -65,8 +62,12 @@ void findColors(const Pixel* pixels, std::uint64_t repeated, Colors& colors) {
     colors.count = 1;
     slots[slotOf(color)] = index;
     std::uint8_t* out = colors.indices.data();
-    for (std::uint64_t left = ~repeated; left != 0; left &= left - 1) {
-        const Pixel* group = pixels + std::countr_zero(left) * groupSize;
+    for (int number = 0; number < groupCount; ++number) {
+        if (isRepeated(pixels, number)) {
+            colors.repeated |= std::uint64_t{1} << number;
+            continue;
+        }
+        const Pixel* group = pixels + number * groupSize;
         for (int i = 0; i < groupSize; ++i) {
             if (group[i] != color) {
                 color = group[i];
@@ -90,15 +91,15 @@ void findColors(const Pixel* pixels, std::uint64_t repeated, Colors& colors) {
 
 int indexBits(int colorCount) { return colorCount <= 2 ? 1 : colorCount <= 4 ? 2 : 4; }
 
-std::uint8_t* packColors(const Colors& colors, std::uint64_t repeated, std::uint8_t* to) {
+std::uint8_t* packColors(const Colors& colors, std::uint8_t* to) {
     *to++ = static_cast<std::uint8_t>(colors.count);
     const auto paletteSize = static_cast<std::size_t>(colors.count) * sizeof(Pixel);
     std::memcpy(to, colors.palette.data(), paletteSize);
     to += paletteSize;
-    std::memcpy(to, &repeated, sizeof repeated);
-    to += sizeof repeated;
+    std::memcpy(to, &colors.repeated, sizeof colors.repeated);
+    to += sizeof colors.repeated;
     const std::uint8_t* indices = colors.indices.data();
-    for (int left = groupCount - std::popcount(repeated); left > 0; --left, indices += groupSize)
+    for (int left = groupCount - std::popcount(colors.repeated); left > 0; --left, indices += groupSize)
         to = putGroup(indexBits(colors.count), indices, to);
     return to;
 }
@@ -135,10 +136,9 @@ bool isOpaque(const Pixel* pixels) {
 } // namespace
 
 std::size_t packBlock(const Pixel* pixels, std::uint8_t* packed) {
-    const std::uint64_t repeated = repeatedGroups(pixels);
     Colors colors;
-    findColors(pixels, repeated, colors);
-    if (colors.count > 0) return static_cast<std::size_t>(packColors(colors, repeated, packed) - packed);
+    findColors(pixels, colors);
+    if (colors.count > 0) return static_cast<std::size_t>(packColors(colors, packed) - packed);
     const bool opaque = isOpaque(pixels);
     packed[0] = opaque ? opaquePlanes : fourPlanes;
     return static_cast<std::size_t>(packPlanes(pixels, opaque, packed + 1) - packed);

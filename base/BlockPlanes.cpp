@@ -69,11 +69,16 @@ void missesFromLeft(const std::uint8_t* row, std::uint8_t* misses) {
     misses[0] = folded(row[0], row[-width]);
 }
 
-int sum(const std::uint8_t* numbers) {
-    int total = 0;
-    for (int x = 0; x < width; ++x)
-        total += numbers[x];
-    return total;
+// Eight at a time, every second one in a lane of 16 bits, which the sum of a whole row fits.
+unsigned sum(const std::uint8_t* numbers) {
+    constexpr std::uint64_t lanes = 0x00FF00FF00FF00FF;
+    std::uint64_t total = 0;
+    for (int x = 0; x < width; x += 8) {
+        std::uint64_t eight;
+        std::memcpy(&eight, numbers + x, sizeof eight);
+        total += (eight & lanes) + (eight >> 8 & lanes);
+    }
+    return static_cast<unsigned>(total * 0x0001000100010001 >> 48);
 }
 
 // Two bytes in front of each row of each plane: whether it is predicted from the left, and the class of each
