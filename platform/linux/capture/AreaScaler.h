@@ -50,10 +50,12 @@ private:
         }
     };
 
+    void halve(const PixelView& view, const PixelRect& part, Pixel* output, std::ptrdiff_t stride) const;
     void averageRows(const PixelView& view, int row, int left, int right);
     void averageColumns(int begin, int end, int left, Pixel* output) const;
 
     PixelSize destination;
+    bool halves; // in both directions exactly, as on every screen of twice the usual density
     Axis columns;
     Axis rows;
     // A row of the source's width and the destination's height: four channels a pixel, 7 bits of fraction.
