@@ -83,10 +83,10 @@ void complete(std::vector<std::uint8_t>& reply) {
 
 } // namespace
 
-AbsurdServer::AbsurdServer(std::span<const std::uint8_t> bytes, std::function<void()> bytesRunOut)
+AbsurdServer::AbsurdServer(std::span<const std::uint8_t> bytes, Handlers handlers)
     : listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
       choices(bytes),
-      bytesRunOut(std::move(bytesRunOut)) {
+      handlers(std::move(handlers)) {
     // Where clients look before they look for a file. A number that no real server has.
     for (int number = 1'000'000 + getpid();; ++number) {
         std::string place = "/tmp/.X11-unix/X";
@@ -113,16 +113,15 @@ AbsurdServer::~AbsurdServer() {
 void AbsurdServer::serve() {
     client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
     if (client < 0) return;
-    // Answers may have led to requests that nobody answers; then the server is as good as gone.
     const timeval patience{.tv_usec = 200'000};
     setsockopt(client, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     answerSetup();
     while (!isOver && serveRequest()) {
         if (choices.isExhausted())
-            if (const auto tell = std::exchange(bytesRunOut, nullptr)) tell();
+            if (const auto tell = std::exchange(handlers.bytesRunOut, nullptr)) tell();
     }
     close(client);
-    if (const auto tell = std::exchange(bytesRunOut, nullptr)) tell();
+    if (const auto tell = std::exchange(handlers.bytesRunOut, nullptr)) tell();
 }
 
 // Descriptors that come with the bytes are not wanted.
@@ -136,6 +135,10 @@ bool AbsurdServer::read(std::uint8_t* to, std::size_t size) {
         message.msg_control = control.data();
         message.msg_controllen = control.size();
         const auto count = recvmsg(client, &message, MSG_CMSG_CLOEXEC);
+        if (count < 0 && errno == EAGAIN) {
+            handlers.clientWaits();
+            continue;
+        }
         if (count <= 0) return false;
         for (cmsghdr* head = CMSG_FIRSTHDR(&message); head; head = CMSG_NXTHDR(&message, head))
             for (std::size_t at = CMSG_LEN(0); at + sizeof(int) <= head->cmsg_len; at += sizeof(int)) {

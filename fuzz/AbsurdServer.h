@@ -15,9 +15,14 @@ namespace clipwren {
 // connection that ends at any byte. What every program reads at its start, the setup, is sound.
 class AbsurdServer {
 public:
-    // Serves on a thread of its own until the client leaves. `bytesRunOut` is called there once, when nothing
-    // more goes wrong: from then on all answers are sound.
-    AbsurdServer(std::span<const std::uint8_t> bytes, std::function<void()> bytesRunOut);
+    struct Handlers {
+        // Once, when nothing more goes wrong: from then on all answers are sound.
+        std::function<void()> bytesRunOut;
+        // Wrong answers may lead to requests that have none: the client waits, or so it seems.
+        std::function<void()> clientWaits;
+    };
+    // Serves on a thread of its own, where the handlers are called, until the client leaves.
+    AbsurdServer(std::span<const std::uint8_t> bytes, Handlers handlers);
     ~AbsurdServer();
     AbsurdServer(const AbsurdServer&) = delete;
     AbsurdServer& operator=(const AbsurdServer&) = delete;
@@ -50,7 +55,7 @@ private:
     bool isOver = false;
     std::uint16_t sequence = 0;
     Choices choices;
-    std::function<void()> bytesRunOut;
+    Handlers handlers;
     std::thread thread;
 };
 

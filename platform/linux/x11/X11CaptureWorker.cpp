@@ -132,7 +132,8 @@ bool X11CaptureWorker::connect() {
 
 // Where the region lies on the root window as the screens are now. Its size never changes.
 bool X11CaptureWorker::placeRegion() {
-    const auto screens = readScreens(link->raw(), link->screen());
+    const auto screens = readScreens(link->raw(), link->screen(),
+                                     [this](unsigned int sequence) { return link->await<void>(sequence); });
     const auto root =
         link->await<xcb_get_geometry_reply_t>(xcb_get_geometry(link->raw(), link->root()).sequence);
     const auto screen = std::ranges::find(screens, job.displayID, &NativeScreen::id);

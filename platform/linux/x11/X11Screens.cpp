@@ -4,6 +4,7 @@
 #include "platform/linux/x11/X11Reply.h"
 
 #include <xcb/randr.h>
+#include <xcb/xcbext.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -17,16 +18,23 @@ namespace {
 
 constexpr std::uint32_t longestResources = 1 << 18; // in units of four bytes
 
-std::vector<NativeMonitor> readMonitors(xcb_connection_t* connection, xcb_window_t root) {
+// The reply to a request, as its own type.
+template <typename T, typename Cookie>
+X11Reply<T> replyTo(const Cookie& cookie, const AwaitReply& await) {
+    return X11Reply<T>(static_cast<T*>(await(cookie.sequence).release()));
+}
+
+std::vector<NativeMonitor> readMonitors(xcb_connection_t* connection, xcb_window_t root,
+                                        const AwaitReply& await) {
     std::vector<NativeMonitor> monitors;
     const xcb_query_extension_reply_t* extension = xcb_get_extension_data(connection, &xcb_randr_id);
     if (!extension || !extension->present) return monitors;
     // A server answers with the lower of both versions, and an old one knows no monitors.
     const auto version =
-        owned(xcb_randr_query_version_reply(connection, xcb_randr_query_version(connection, 1, 5), nullptr));
+        replyTo<xcb_randr_query_version_reply_t>(xcb_randr_query_version(connection, 1, 5), await);
     if (!version || version->major_version != 1 || version->minor_version < 5) return monitors;
-    const auto reply = owned(
-        xcb_randr_get_monitors_reply(connection, xcb_randr_get_monitors(connection, root, true), nullptr));
+    const auto reply =
+        replyTo<xcb_randr_get_monitors_reply_t>(xcb_randr_get_monitors(connection, root, true), await);
     if (!reply) return monitors;
     // Whatever numbers the reply tells, no more than it holds. Behind each monitor stand its outputs.
     const auto* next = reinterpret_cast<const std::byte*>(reply.get() + 1);
@@ -45,12 +53,11 @@ std::vector<NativeMonitor> readMonitors(xcb_connection_t* connection, xcb_window
     return monitors;
 }
 
-std::string readResources(xcb_connection_t* connection, xcb_window_t root) {
+std::string readResources(xcb_connection_t* connection, xcb_window_t root, const AwaitReply& await) {
     const auto reply =
-        owned(xcb_get_property_reply(connection,
-                                     xcb_get_property(connection, false, root, XCB_ATOM_RESOURCE_MANAGER,
-                                                      XCB_ATOM_STRING, 0, longestResources),
-                                     nullptr));
+        replyTo<xcb_get_property_reply_t>(xcb_get_property(connection, false, root, XCB_ATOM_RESOURCE_MANAGER,
+                                                           XCB_ATOM_STRING, 0, longestResources),
+                                          await);
     if (!reply || reply->format != 8) return {};
     return {static_cast<const char*>(xcb_get_property_value(reply.get())),
             std::min(std::size_t{reply->value_len}, std::size_t{reply->length} * 4)};
@@ -65,16 +72,22 @@ Screen asScreen(const NativeScreen& screen) { return {.frame = screen.frame, .sc
 
 } // namespace
 
-std::vector<NativeScreen> readScreens(xcb_connection_t* connection, const xcb_screen_t& screen) {
-    std::vector<NativeMonitor> monitors = readMonitors(connection, screen.root);
+std::vector<NativeScreen> readScreens(xcb_connection_t* connection, const xcb_screen_t& screen,
+                                      AwaitReply await) {
+    if (!await)
+        await = [connection](unsigned int sequence) {
+            return X11Reply<void>(xcb_wait_for_reply(connection, sequence, nullptr));
+        };
+    std::vector<NativeMonitor> monitors = readMonitors(connection, screen.root, await);
     if (monitors.empty()) {
         const auto geometry =
-            owned(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, screen.root), nullptr));
+            replyTo<xcb_get_geometry_reply_t>(xcb_get_geometry(connection, screen.root), await);
         if (!geometry) return {};
         // The root's own identifier names it as well as an atom would.
         monitors.push_back({.id = screen.root, .pixels = {0, 0, geometry->width, geometry->height}});
     }
-    return layOutScreens(std::move(monitors), scaleFromResources(readResources(connection, screen.root)));
+    return layOutScreens(std::move(monitors),
+                         scaleFromResources(readResources(connection, screen.root, await)));
 }
 
 std::vector<NativeScreen> X11Screens::nativeScreens() const {

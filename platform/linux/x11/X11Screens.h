@@ -2,10 +2,12 @@
 
 #include "platform/Screens.h"
 #include "platform/linux/x11/ScreenLayout.h"
+#include "platform/linux/x11/X11Reply.h"
 #include "platform/linux/x11/X11ScreenWatch.h"
 
 #include <xcb/xcb.h>
 
+#include <functional>
 #include <vector>
 
 namespace clipwren {
@@ -14,7 +16,12 @@ class X11Connection;
 
 // The server's monitors (RandR 1.5), laid out; on a server without RandR the whole root window as one. None
 // when the connection is lost. Any thread that owns `connection`; asks the server anew on every call.
-std::vector<NativeScreen> readScreens(xcb_connection_t* connection, const xcb_screen_t& screen);
+//
+// `await` gives the reply to the request of that number, or null; without one the wait ends only with the
+// connection.
+using AwaitReply = std::function<X11Reply<void>(unsigned int sequence)>;
+std::vector<NativeScreen> readScreens(xcb_connection_t* connection, const xcb_screen_t& screen,
+                                      AwaitReply await = {});
 
 // The monitors as screens. A screen's number is its NativeScreen's id.
 class X11Screens final : public Screens {
