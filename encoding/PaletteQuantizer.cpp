@@ -15,7 +15,7 @@ namespace {
 
 // Refining takes time by the sample: fewer rounds for many.
 constexpr std::size_t refinedSamples = 12000;
-constexpr std::size_t mostRefinements = 4;
+constexpr std::size_t mostRefinements = 3;
 constexpr int evenRefinements = 6;
 // A colour that makes up that share of its cluster stands for it instead of the mean.
 constexpr float dominance = 0.4f;
