@@ -177,8 +177,10 @@ void AppDelegate::stopRecording() {
 
 void AppDelegate::encodeAndCopy(std::vector<RecordedFrame> frames) {
     platform.backgroundQueue.async([self = shared_from_this(), frames = std::move(frames)]() mutable {
+        self->progress = 0;
         const auto result =
-            GifEncoder::encode(frames, self->platform.folders, self->platform.files, self->platform.canvases);
+            GifEncoder::encode(frames, self->platform.folders, self->platform.files, self->platform.canvases,
+                               [&](double share) { self->progress = share; });
         frames.clear();
         // The delegate itself goes back to the main thread: it must not end on this one.
         MainQueue& mainQueue = self->platform.mainQueue;

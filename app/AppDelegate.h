@@ -6,6 +6,7 @@
 #include "encoding/GifEncoderError.h"
 #include "platform/Platform.h"
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -40,6 +41,9 @@ public:
     // What the record menu item and the hot key do: begin or cancel a selection, or stop the recording, by
     // state.
     void triggerRecord();
+
+    // The share of the recording's frames that are written, while it is encoded: 0 to 1. Any thread.
+    double encodingProgress() const { return progress; }
 
     // The event loop has ended, as the user wished: nothing stays on the screen, and a recording that is
     // running or was just stopped is saved on the background queue. The result is only logged.
@@ -93,6 +97,7 @@ private:
     std::shared_ptr<RecordingOverlay> overlay;      // while recording
     std::shared_ptr<SettingsWindow> settingsWindow; // while it is open
     State state = State::idle;
+    std::atomic<double> progress = 0; // of the encoding; written by the background queue
     std::shared_ptr<Timer> sizeIndicatorTimer;
 };
 

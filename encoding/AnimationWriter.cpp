@@ -186,7 +186,11 @@ private:
         return true;
     }
 
-    void writeNext() { writer.frame(take(compressing)->result); }
+    void writeNext() {
+        writer.frame(take(compressing)->result);
+        ++framesWritten;
+        if (animation.written) animation.written(framesWritten);
+    }
 
     // The first job of the queue, its stage done.
     std::unique_ptr<FrameJob> take(std::deque<std::unique_ptr<FrameJob>>& queue) {
@@ -205,6 +209,7 @@ private:
     std::optional<Healer> healer;
     std::optional<Image> last;
     std::size_t begun = 0;
+    std::size_t framesWritten = 0;
     double trials = 0; // pixels
     std::deque<std::unique_ptr<FrameJob>> choosing;
     std::deque<std::unique_ptr<FrameJob>> compressing;

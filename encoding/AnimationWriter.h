@@ -23,6 +23,8 @@ struct Animation {
     // order too, before all frames.
     std::function<Image(std::size_t)> preview;
     std::function<AnimationFrame(std::size_t)> frame;
+    // Told after each frame, with the count of those that are written by then. Need not be set.
+    std::function<void(std::size_t)> written;
 };
 
 // Writes a GIF that plays the animation for ever: of each frame only what changed, in the smallest rectangle

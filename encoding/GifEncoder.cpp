@@ -16,16 +16,21 @@ void GifEncoder::removeAbandonedRecordings(const Folders& folders, Files& files)
     clipwren::removeAbandonedRecordings(files, outputFolderPath(folders));
 }
 
-Expected<std::filesystem::path, GifEncoderError> GifEncoder::encode(std::span<const RecordedFrame> frames,
-                                                                    const Folders& folders, Files& files,
-                                                                    Canvases& canvases) {
+Expected<std::filesystem::path, GifEncoderError>
+GifEncoder::encode(std::span<const RecordedFrame> frames, const Folders& folders, Files& files,
+                   Canvases& canvases, const std::function<void(double)>& progress) {
     if (frames.empty()) return Unexpected{GifEncoderError::noFrames};
     const std::string name = recordingFileName(folders.now());
     const std::filesystem::path path = outputDirectory(folders) / name;
 
     const std::unique_ptr<RecordingFile> file = RecordingFile::create(files, path);
     if (!file) return Unexpected{GifEncoderError::destinationFailure};
-    const bool written = writeAnimation(recordedAnimation(frames, &canvases), *file, encodingThreads());
+    Animation animation = recordedAnimation(frames, &canvases);
+    if (progress)
+        animation.written = [&](std::size_t count) {
+            progress(static_cast<double>(count) / static_cast<double>(frames.size()));
+        };
+    const bool written = writeAnimation(animation, *file, encodingThreads());
     const bool finished = file->finish();
     if (!written || !finished) return Unexpected{GifEncoderError::finalizeFailure};
     return path;

@@ -5,6 +5,7 @@
 #include "encoding/GifEncoderError.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 
@@ -25,9 +26,11 @@ public:
 
     // Writes a looping GIF of all frames, in their order and each with the badge, named by the local time of
     // this call, and returns its path. A file of that name is replaced, in one step and only at the end.
-    // After a failure to write it a partial file has that name.
+    // After a failure to write it a partial file has that name. `progress`, where it is given, is told the
+    // share of frames that are written, on this thread.
     static Expected<std::filesystem::path, GifEncoderError>
-    encode(std::span<const RecordedFrame> frames, const Folders& folders, Files& files, Canvases& canvases);
+    encode(std::span<const RecordedFrame> frames, const Folders& folders, Files& files, Canvases& canvases,
+           const std::function<void(double)>& progress = {});
 
     // Removes what a Clipwren has left in the folder that was ended in the midst of `encode`, but nothing of
     // a living one. Makes no folder.

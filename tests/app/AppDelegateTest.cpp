@@ -520,6 +520,15 @@ TEST_F(AppDelegateTest, AnEndThatNobodyAskedForSavesTheRecording) {
     EXPECT_EQ(platform.log.lines().size(), 1u);
 }
 
+TEST_F(AppDelegateTest, KnowsHowFarTheEncodingIs) {
+    startRecording();
+    deliverFrames(3);
+    pressHotKey();
+    EXPECT_EQ(delegate->encodingProgress(), 0);
+    finishEncoding();
+    EXPECT_EQ(delegate->encodingProgress(), 1);
+}
+
 TEST_F(AppDelegateTest, QuittingSavesARunningRecordingInTheBackground) {
     startRecording();
     deliverFrames(3);

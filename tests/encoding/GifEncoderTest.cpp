@@ -61,6 +61,18 @@ TEST_F(GifEncoderTest, TheFileIsNamedByTheLocalTime) {
     EXPECT_TRUE(fs::is_regular_file(*path));
 }
 
+TEST_F(GifEncoderTest, TellsTheShareOfFramesWritten) {
+    std::vector<RecordedFrame> frames;
+    for (int i = 0; i < 8; ++i)
+        frames.push_back(frame(i * 100));
+    std::vector<double> shares;
+    ASSERT_TRUE(
+        GifEncoder::encode(frames, folders, files, canvases, [&](double share) { shares.push_back(share); }));
+    ASSERT_EQ(shares.size(), 8u);
+    for (std::size_t i = 0; i < 8; ++i)
+        EXPECT_DOUBLE_EQ(shares[i], static_cast<double>(i + 1) / 8);
+}
+
 TEST_F(GifEncoderTest, LoopsForEver) {
     const DecodedGif gif = encoded({frame(0), frame(100)});
     EXPECT_EQ(gif.error, "");
