@@ -127,7 +127,7 @@ public:
         indexer.emplace(shared);
         healer.emplace(size);
         writer.begin(size, shared);
-        begin(std::move(first));
+        begin(first);
         for (std::size_t i = 0; i < animation.frameCount && sink.good(); ++i) {
             while (begun < animation.frameCount && choosing.size() < framesAhead)
                 begin(animation.frame(begun));
@@ -156,7 +156,7 @@ private:
         return palette;
     }
 
-    void begin(AnimationFrame frame) {
+    void begin(const AnimationFrame& frame) {
         Image image = fitted(frame.image, size);
         auto job = std::make_unique<FrameJob>(last, image, frame.hundredths);
         if (last) job->healing = healer->choose(*last, image);
