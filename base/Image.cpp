@@ -47,10 +47,19 @@ Image::Image(const PixelView& view, Alpha alpha) : size{view.width, view.height}
             for (int y = 0; y < rect.height; ++y)
                 copyRow(view.row(rect.y + y) + rect.x, block->data() + y * blockWidth, rect.width,
                         alphaBits(alpha));
-            table->push_back(std::move(block));
+            table->push_back(shared(*table, std::move(block)));
         }
     }
     blocks = std::move(table);
+}
+
+// Empty areas are large: a block like the one to the left or above is that one.
+Image::BlockPointer Image::shared(const BlockTable& table, BlockPointer block) const {
+    const auto columns = static_cast<std::size_t>(blockColumns());
+    if (!table.empty() && *table.back() == *block) return table.back();
+    if (table.size() >= columns && *table[table.size() - columns] == *block)
+        return table[table.size() - columns];
+    return block;
 }
 
 Image Image::replacing(std::span<const Patch> patches, Alpha alpha) const {

@@ -105,6 +105,8 @@ private:
     // With zeros beyond the picture's edges.
     static std::shared_ptr<Block> makeBlock(const PixelRect& area);
 
+    BlockPointer shared(const BlockTable& table, BlockPointer block) const;
+
     std::size_t index(int column, int row) const {
         return static_cast<std::size_t>(row) * static_cast<std::size_t>(blockColumns()) +
                static_cast<std::size_t>(column);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace clipwren {
@@ -56,6 +57,23 @@ TEST(Image, MakesPixelsOfUndefinedAlphaOpaque) {
     const Image other = image.replacing(std::vector{clear.patch({0, 0, 100, 40})}, Image::Alpha::undefined);
     EXPECT_EQ(other.pixel(0, 0), pixels.values[0] ^ 1);
     EXPECT_EQ(other.blocksDiffering(image).size(), 1u);
+}
+
+TEST(Image, SharesBlocksOfEmptyAreasWithinAPicture) {
+    Pixels pixels(200, 50);
+    std::fill(pixels.values.begin(), pixels.values.end(), 0xFFEEEEEE);
+    pixels.values[20 * 200 + 70] = 0xFF000000; // inside block (1, 1)
+    const Image image(pixels.view());
+    EXPECT_EQ(allPixels(image), pixels.values);
+    EXPECT_EQ(image.blockPixels(0, 0), image.blockPixels(1, 0));
+    EXPECT_EQ(image.blockPixels(0, 0), image.blockPixels(2, 1));
+    EXPECT_NE(image.blockPixels(0, 0), image.blockPixels(1, 1));
+
+    // And writing to one leaves the others alone.
+    pixels.values[5] = 0xFF123456;
+    const Image second = image.replacing(std::vector{pixels.patch({0, 0, 10, 10})});
+    EXPECT_EQ(allPixels(second), pixels.values);
+    EXPECT_EQ(second.blocksDiffering(image), (std::vector<PixelRect>{{0, 0, 64, 16}}));
 }
 
 TEST(Image, NominalRowSizeIsFourBytesAPixel) {
