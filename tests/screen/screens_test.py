@@ -95,6 +95,16 @@ class Screens(desktop.ScreenTest):
             self.record(clipwren, monitor)
             time.sleep(1.05)  # names carry the second
 
+    def test_across_the_gap_between_two_monitors(self):
+        clipwren = self.start()
+        window = self.pattern(1050, 190, 500, 240, unmanaged=True)
+        region = (1060, 200, 1520, 420)
+        clipwren.select(*region)
+        self.check_veil(region)
+        time.sleep(0.3)
+        gap = (220, 0, 340, 220)  # no monitor shows it
+        Recording(self, Gif(clipwren.stop()), window, region, pointer=region[2:], beyond=gap).check_pixels()
+
     def test_unplugged_while_selecting(self):
         clipwren = self.start()
         clipwren.begin()
