@@ -93,7 +93,6 @@ class Screens(desktop.ScreenTest):
         for monitor in self.desktop.monitors:
             clipwren.begin()
             self.record(clipwren, monitor)
-            time.sleep(1.05)  # names carry the second
 
     def test_across_the_gap_between_two_monitors(self):
         clipwren = self.start()
