@@ -109,17 +109,43 @@ TEST(X11CaptureServers, GoesOnInAnotherMode) {
     EXPECT_EQ(subject.delegate->count, 0);
 }
 
-TEST(X11CaptureServers, EndsWhenItsMonitorGoes) {
+class X11CaptureOnTheSecondMonitor : public testing::Test {
+protected:
     const X11TestServer server;
-    X11TestWindow window(server.displayName(), {0, 0, 800, 600}, 0x0000FF);
-    ASSERT_TRUE(xrandr(server, "--setmonitor first 400/100x600/100+0+0 screen"));
-    ASSERT_TRUE(xrandr(server, "--setmonitor second 400/100x600/100+400+0 none"));
-    X11TestCapture subject(server.displayName());
-    const auto screens = subject.screens();
-    ASSERT_EQ(screens.size(), 2u);
-    subject.begin(plain({10, 10, 80, 80}), screens[1].id);
-    ASSERT_TRUE(subject.started.succeeded());
-    ASSERT_TRUE(subject.waitForPictures(1));
+    X11TestWindow window{server.displayName(), {0, 0, 800, 600}, 0x0000FF};
+    X11TestCapture subject{server.displayName()};
+
+    void SetUp() override {
+        ASSERT_TRUE(xrandr(server, "--setmonitor first 400/100x600/100+0+0 screen"));
+        ASSERT_TRUE(xrandr(server, "--setmonitor second 400/100x600/100+400+0 none"));
+        const auto screens = subject.screens();
+        ASSERT_EQ(screens.size(), 2u);
+        subject.begin(plain({10, 10, 80, 80}), screens[1].id);
+        ASSERT_TRUE(subject.started.succeeded());
+        ASSERT_TRUE(subject.waitForPictures(1));
+    }
+};
+
+// Not every program changes the layout of the monitors in one step.
+TEST_F(X11CaptureOnTheSecondMonitor, WaitsForItWhileItIsAwayForAMoment) {
+    ASSERT_TRUE(xrandr(server, "--delmonitor second"));
+    runEventLoop(0.5);
+    // What is there meanwhile is on no monitor.
+    window.fill({400, 0, 400, 600}, 0xFF0000);
+    runEventLoop(0.3);
+    EXPECT_EQ(subject.keeper->pictures().size(), 1u);
+    window.fill({300, 0, 500, 600}, 0x00FF00);
+    ASSERT_TRUE(xrandr(server, "--setmonitor second 500/100x600/100+300+0 none"));
+    EXPECT_TRUE(subject.waitForPictures(2));
+    EXPECT_EQ(pixelsOf(subject.keeper->pictures().back()), std::vector<Pixel>(6400, 0xFF00FF00));
+    window.fill({320, 20, 5, 5}, 0xFF);
+    EXPECT_TRUE(
+        runEventLoopUntil([&] { return subject.keeper->pictures().back().pixel(10, 10) == 0xFF0000FF; }));
+    ASSERT_TRUE(subject.stop());
+    EXPECT_EQ(subject.delegate->count, 0);
+}
+
+TEST_F(X11CaptureOnTheSecondMonitor, EndsWhenItGoes) {
     ASSERT_TRUE(xrandr(server, "--delmonitor second"));
     ASSERT_TRUE(runEventLoopUntil([&] { return subject.delegate->count > 0; }));
     EXPECT_EQ(subject.delegate->error.localizedDescription, "The recorded display is no longer there.");

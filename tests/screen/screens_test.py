@@ -188,6 +188,26 @@ class Screens(desktop.ScreenTest):
         self.assertGreater(len(gif.frames), 8)
         self.works_again(clipwren)
 
+    def test_the_recorded_monitor_off_for_a_moment(self):
+        clipwren = self.start()
+        region = on(THIRD, REGION)
+        window = self.pattern_on(THIRD, 15, 8)
+        clipwren.select(*region)
+        time.sleep(0.4)
+        self.desktop.arrange("--output", "DUMMY2", "--off")
+        time.sleep(0.5)
+        self.plug_all_in()
+        desktop.wait_for(self.desktop.recording, "a veil on all three")
+        self.check_veil(region)
+        time.sleep(0.3)
+        window.go()
+        window.wait_for_frame(7)
+        time.sleep(0.3)
+        shown = self.frames_by_window(Gif(clipwren.stop()), *range(8))
+        self.assertEqual((shown[0], shown[-1]), ([0], [7]))
+        self.assertNotIn([], shown, "a frame that shows something else")
+        self.works_again(clipwren)
+
     def test_another_mode_while_recording(self):
         clipwren = self.start()
         region = on(FIRST, REGION)

@@ -1,10 +1,5 @@
 #include "platform/linux/x11/X11CaptureWorker.h"
 
-#include "platform/linux/x11/X11CaptureRegion.h"
-#include "platform/linux/x11/X11Screens.h"
-
-#include <xcb/randr.h>
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -36,6 +31,8 @@ constexpr int mostRefusals = 3;
 // When the region has moved with its display, the veil over it follows, and the windows below find their
 // places.
 constexpr Nanoseconds screensSettleIn = 250 * millisecond;
+// How often to look for a display that is away.
+constexpr Nanoseconds absenceCheck = 100 * millisecond;
 
 constexpr int largestSide = 32767; // of a picture in X11
 
@@ -76,6 +73,10 @@ std::optional<PlatformError> X11CaptureWorker::run() {
         handleEvents();
         followScreens();
         if (!mayGoOn()) break;
+        if (place->isAway()) {
+            link->sleep(X11CaptureLink::now() + absenceCheck);
+            continue;
+        }
         const Nanoseconds due = nextLook();
         if (due > X11CaptureLink::now())
             link->sleep(due == INT64_MAX ? std::nullopt : std::optional(due));
@@ -83,7 +84,7 @@ std::optional<PlatformError> X11CaptureWorker::run() {
             look(false);
     }
     // What was drawn since the last frame belongs to the recording, even if its time had not come yet.
-    if (end.requested() == EndSignal::Request::finish && !failure && !pictureIsStale) {
+    if (end.requested() == EndSignal::Request::finish && !failure && !pictureIsStale && !place->isAway()) {
         look(true);
         // A server that goes away while the recording ends has not cut it short.
         failure.reset();
@@ -106,16 +107,12 @@ bool X11CaptureWorker::connect() {
         fail("This display's pixel format is not supported.");
         return false;
     }
-    // Before the screens are read, so that no change between the two is missed.
-    if (link->has(xcb_randr_id)) {
-        screenChangeEvent = xcb_get_extension_data(link->raw(), &xcb_randr_id)->first_event;
-        xcb_randr_select_input(link->raw(), link->root(),
-                               XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
-                                   XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+    place.emplace(*link, job.displayID, job.configuration.sourceRect);
+    if (auto error = place->find()) {
+        failure = std::move(error);
+        return false;
     }
-    const std::uint32_t structure = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(link->raw(), link->root(), XCB_CW_EVENT_MASK, &structure);
-    if (!placeRegion()) return false;
+    if (!mayGoOn()) return false;
 
     damage = X11DamageWatch::create(*link);
     if (!damage) {
@@ -123,43 +120,11 @@ bool X11CaptureWorker::connect() {
         return false;
     }
     if (job.configuration.showsCursor) pointer = std::make_unique<X11PointerWatch>(*link);
-    reader = std::make_unique<X11PictureReader>(*link, region.area());
-    composer.emplace(PixelSize{region.width, region.height},
+    reader = std::make_unique<X11PictureReader>(*link, place->region().area());
+    composer.emplace(PixelSize{place->region().width, place->region().height},
                      PixelSize{job.configuration.width, job.configuration.height});
     if (link->isLost()) fail("The display server ended the connection.");
     return mayGoOn();
-}
-
-// Where the region lies on the root window as the screens are now. Its size never changes.
-bool X11CaptureWorker::placeRegion() {
-    const auto screens = readScreens(link->raw(), link->screen(),
-                                     [this](unsigned int sequence) { return link->await<void>(sequence); });
-    const auto root =
-        link->await<xcb_get_geometry_reply_t>(xcb_get_geometry(link->raw(), link->root()).sequence);
-    const auto screen = std::ranges::find(screens, job.displayID, &NativeScreen::id);
-    if (link->isLost() || !root) {
-        if (link->isLost())
-            fail("The display server ended the connection.");
-        else if (end.requested() == EndSignal::Request::none)
-            fail("The display server does not tell the size of the screen.");
-        return false;
-    }
-    if (screen == screens.end()) {
-        fail("The recorded display is no longer there.");
-        return false;
-    }
-    const auto placed = nativeRegion(*screen, job.configuration.sourceRect);
-    if (!placed) {
-        fail("The region cannot be recorded on this display.");
-        return false;
-    }
-    if (composer && (placed->width != region.width || placed->height != region.height)) {
-        fail("The scale of the recorded display has changed.");
-        return false;
-    }
-    region = *placed;
-    visible = visibleParts(screens, {root->width, root->height}, region);
-    return true;
 }
 
 void X11CaptureWorker::settle() {
@@ -181,7 +146,7 @@ void X11CaptureWorker::settle() {
         const auto drawn = damage->take();
         if (!drawn) break;
         for (const PixelRect& rect : *drawn)
-            if (!rect.intersection(region).isEmpty()) quietSince = now;
+            if (!rect.intersection(place->region()).isEmpty()) quietSince = now;
     }
 }
 
@@ -190,27 +155,22 @@ void X11CaptureWorker::handleEvents() {
         const int type = event->response_type & 0x7F;
         if (damage->handle(*event, X11CaptureLink::now())) continue;
         if (pointer && pointer->handle(*event)) continue;
-        // Of RandR there are two kinds of events; a monitor that a person has defined shows only as a changed
-        // root window.
-        if (type == XCB_CONFIGURE_NOTIFY ||
-            (screenChangeEvent != 0 && (type == screenChangeEvent || type == screenChangeEvent + 1)))
-            screensAreStale = true;
-        else if (type == 0)
-            ++refusals;
+        if (!place->handle(*event) && type == 0) ++refusals;
     }
     if (link->isLost()) fail("The display server ended the connection.");
     if (refusals >= mostRefusals) fail("The display server refuses to hand out the picture.");
 }
 
 void X11CaptureWorker::followScreens() {
-    if (!screensAreStale || !mayGoOn()) return;
-    screensAreStale = false;
-    const PixelRect before = region;
-    const std::vector<PixelRect> visibleBefore = visible;
-    if (!placeRegion() || (region == before && visible == visibleBefore)) return;
-    composer->clear();
-    pictureIsStale = true;
-    if (region != before) heldUntil = X11CaptureLink::now() + screensSettleIn;
+    if (!mayGoOn()) return;
+    const auto change = place->follow();
+    if (!change) {
+        fail(change.error().localizedDescription);
+    } else if (*change == X11RegionPlace::Change::shown || *change == X11RegionPlace::Change::moved) {
+        composer->clear();
+        pictureIsStale = true;
+        if (*change == X11RegionPlace::Change::moved) heldUntil = X11CaptureLink::now() + screensSettleIn;
+    }
 }
 
 X11CaptureWorker::Nanoseconds X11CaptureWorker::nextLook() const {
@@ -235,7 +195,7 @@ void X11CaptureWorker::look(bool isLast) {
     const bool asksAll = asksDamage && expectsAll && canReadAll();
     if (asksDamage) damage->ask();
     if (pointer) pointer->ask();
-    if (asksAll) reader->askStaying(region);
+    if (asksAll) reader->askStaying(place->region());
     std::optional<std::vector<PixelRect>> drawn;
     if (asksDamage) drawn = damage->take();
     const Nanoseconds time = X11CaptureLink::now();
@@ -249,13 +209,15 @@ void X11CaptureWorker::look(bool isLast) {
         // The screens may have just changed: they are read anew, and then everything in the region.
         if (link->isLost()) fail("The display server ended the connection.");
         ++refusals;
-        screensAreStale = true;
+        place->doubt();
         pictureIsStale = true;
         pacer.looked(time);
         return;
     }
     refusals = 0;
-    if (pointer) composer->setCursor(pointer->shape(), pointer->x() - region.x, pointer->y() - region.y);
+    if (pointer)
+        composer->setCursor(pointer->shape(), pointer->x() - place->region().x,
+                            pointer->y() - place->region().y);
 
     StreamSample sample{.isValid = true, .presentationTime = MediaTime::nanoseconds(time)};
     sample.image = composer->compose();
@@ -271,7 +233,8 @@ void X11CaptureWorker::look(bool isLast) {
 }
 
 bool X11CaptureWorker::canReadAll() const {
-    return reader->canStay() && visible == std::vector{PixelRect{0, 0, region.width, region.height}};
+    return reader->canStay() &&
+           place->visible() == std::vector{PixelRect{0, 0, place->region().width, place->region().height}};
 }
 
 bool X11CaptureWorker::takeAll() {
@@ -282,26 +245,27 @@ bool X11CaptureWorker::takeAll() {
 
 // Brings the composer's picture up to date, of which `hasAll` says that it already is.
 bool X11CaptureWorker::readChanges(const std::vector<PixelRect>& drawn, bool hasAll, bool& insideRegion) {
-    TileMap tiles({region.width, region.height});
+    TileMap tiles({place->region().width, place->region().height});
     if (pictureIsStale) tiles.markAll();
     for (const PixelRect& rect : drawn)
-        tiles.mark({rect.x - region.x, rect.y - region.y, rect.width, rect.height});
+        tiles.mark({rect.x - place->region().x, rect.y - place->region().y, rect.width, rect.height});
     const std::vector<PixelRect> marked = joined(tiles.rects(), readOverhead);
     std::vector<PixelRect> parts;
     std::int64_t drawnArea = 0;
-    for (const PixelRect& part : visible)
+    for (const PixelRect& part : place->visible())
         for (const PixelRect& rect : marked) {
             const PixelRect shown = rect.intersection(part);
             if (shown.isEmpty()) continue;
-            parts.push_back({shown.x + region.x, shown.y + region.y, shown.width, shown.height});
+            parts.push_back(
+                {shown.x + place->region().x, shown.y + place->region().y, shown.width, shown.height});
             drawnArea += shown.area();
         }
     insideRegion = !parts.empty();
     // What is read in one piece need not be copied.
-    expectsAll = drawnArea * leastOfAllDenominator >= region.area() * leastOfAllNumerator;
+    expectsAll = drawnArea * leastOfAllDenominator >= place->region().area() * leastOfAllNumerator;
     bool read = hasAll;
     if (!hasAll && expectsAll && canReadAll()) {
-        reader->askStaying(region);
+        reader->askStaying(place->region());
         read = takeAll();
     } else if (!hasAll) {
         read = readParts(parts);
@@ -312,7 +276,8 @@ bool X11CaptureWorker::readChanges(const std::vector<PixelRect>& drawn, bool has
 
 bool X11CaptureWorker::readParts(const std::vector<PixelRect>& parts) {
     return reader->read(parts, [this](const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
-        composer->update({rect.x - region.x, rect.y - region.y, rect.width, rect.height}, pixels, stride);
+        composer->update({rect.x - place->region().x, rect.y - place->region().y, rect.width, rect.height},
+                         pixels, stride);
     });
 }
 

@@ -8,6 +8,7 @@
 #include "platform/linux/x11/X11DamageWatch.h"
 #include "platform/linux/x11/X11PictureReader.h"
 #include "platform/linux/x11/X11PointerWatch.h"
+#include "platform/linux/x11/X11RegionPlace.h"
 
 #include <cstdint>
 #include <memory>
@@ -51,7 +52,6 @@ private:
     using Nanoseconds = X11CaptureLink::Nanoseconds;
 
     bool connect();
-    bool placeRegion();
     void settle();
     void handleEvents();
     void followScreens();
@@ -69,17 +69,14 @@ private:
     EndSignal& end;
 
     std::unique_ptr<X11CaptureLink> link;
+    std::optional<X11RegionPlace> place;
     std::unique_ptr<X11DamageWatch> damage;
     std::unique_ptr<X11PointerWatch> pointer; // null when the cursor is not shown
     std::unique_ptr<X11PictureReader> reader;
     std::optional<FrameComposer> composer;
     FramePacer pacer;
 
-    PixelRect region; // native
-    std::vector<PixelRect> visible;
-    std::uint8_t screenChangeEvent = 0; // of RandR; 0 without
     bool hasStarted = false;
-    bool screensAreStale = false;
     bool pictureIsStale = true; // all of it is to be read
     bool expectsAll = false;    // the last look found most of the region drawn anew
     int refusals = 0;           // in a row
