@@ -24,6 +24,7 @@ void RecordingOverlay::show() {
 
 std::vector<std::int64_t> RecordingOverlay::windowNumbers() const {
     std::vector<std::int64_t> numbers;
+    numbers.reserve(windows.size());
     for (const auto& window : windows)
         numbers.push_back(window->windowNumber());
     return numbers;

@@ -19,7 +19,7 @@ namespace clipwren {
 // changed.
 class CanvasRecording final : public Canvas {
 public:
-    explicit CanvasRecording(QFont face) : face(std::move(face)) {}
+    explicit CanvasRecording(const QFont& face) : face(face) {}
 
     // Paints everything, as QtCanvas does.
     void replay(QPainter& painter, double height) const;

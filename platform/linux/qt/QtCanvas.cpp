@@ -177,10 +177,10 @@ Size measureText(std::string_view text, const Font& font, const QFont& face) {
     return {box.width, box.height()};
 }
 
-QtCanvas::QtCanvas(QPainter& painter, double height, QFont face)
+QtCanvas::QtCanvas(QPainter& painter, double height, const QFont& face)
     : painter(painter),
       height(height),
-      face(std::move(face)) {
+      face(face) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setRenderHint(QPainter::TextAntialiasing);
 }

@@ -18,7 +18,7 @@ Size measureText(std::string_view text, const Font& font, const QFont& face);
 // one of the painter's, and `height` of them are the canvas's height. Text is smoothed in grey, unhinted.
 class QtCanvas : public Canvas {
 public:
-    QtCanvas(QPainter& painter, double height, QFont face);
+    QtCanvas(QPainter& painter, double height, const QFont& face);
 
     void fill(std::span<const Rect> rectangles, WindingRule rule, const Color& color) override;
     void fillRoundedRectangle(const Rect& rect, double radius, const Color& color) override;
