@@ -88,13 +88,17 @@ void drawChange(FrameJob& job, ShownPicture& shown, const Palette& shared, Heale
     if (job.change.isEmpty()) return leaveAll(job);
     GifFrame& result = job.result;
     result.rect = job.change.rect;
+    // In photographs equal entries are rare, and stand out from what surrounds them.
+    const bool offersBoth = !job.indexed.manyColors;
     const bool usesShared = job.indexed.palette.empty();
     if (usesShared) {
-        job.indices = shown.draw(job.change, job.indexed.indices, shared, sharedTransparency, healer);
+        job.indices =
+            shown.draw(job.change, job.indexed.indices, shared, sharedTransparency, offersBoth, healer);
         result.transparency = sharedTransparency;
     } else {
         const auto transparent = static_cast<std::uint8_t>(job.indexed.palette.size());
-        job.indices = shown.draw(job.change, job.indexed.indices, job.indexed.palette, transparent, healer);
+        job.indices =
+            shown.draw(job.change, job.indexed.indices, job.indexed.palette, transparent, offersBoth, healer);
         result.palette = std::move(job.indexed.palette);
         result.palette.push_back(0);
         result.transparency = transparent;
@@ -168,16 +172,15 @@ private:
 
     void drawNext(ShownPicture& shown) {
         std::unique_ptr<FrameJob> job = take(choosing);
-        const bool manyColors = job->indexed.manyColors;
         drawChange(*job, shown, shared, *healer);
-        job->triesStaying = manyColors || spendTrials(job->indices.size());
+        job->triesStaying = spendTrials(job->indices.size());
         if (job->previous) healer->drawn(job->healing.empty() ? 0 : shown.lastHealingSteps());
         job->task = crew.start([job = job.get()] { compress(*job); });
         compressing.push_back(std::move(job));
     }
 
     // Whether there is time to try out how so many pixels compress best. In quiet recordings there always is;
-    // where much moves it wins little, except in photographs, which compress badly anyhow.
+    // where much moves it wins little.
     bool spendTrials(std::size_t pixels) {
         const double area = static_cast<double>(size.width) * size.height;
         trials = std::min(trials + triedShare * area, area);

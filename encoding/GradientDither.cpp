@@ -30,6 +30,11 @@ constexpr std::array<std::uint8_t, patternSide * patternSide> pattern{
     6,  38, 60, 28, 52, 20, 62, 30, 54, 22, 3,  35, 11, 43, 1,  33, 9,  41, 51, 19, 59, 27,
     49, 17, 57, 25, 15, 47, 7,  39, 13, 45, 5,  37, 63, 31, 55, 23, 61, 29, 53, 21};
 
+int thresholdAt(int x, int y) {
+    const int place = y % patternSide * patternSide + x % patternSide;
+    return pattern[static_cast<std::size_t>(place)];
+}
+
 int component(Pixel color, int shift) { return static_cast<int>(color >> shift & 0xFF); }
 
 constexpr float square(float value) { return value * value; }
@@ -145,9 +150,7 @@ void ditherGradients(const Image& image, const FrameChange& change, const Palett
         for (int x = run.x; x < run.x + run.length; ++x, ++next) {
             const Pixel color = change.colors[next];
             if (color == palette[indices[next]] || !block.isGradient(x, run.y)) continue;
-            const int threshold =
-                pattern[static_cast<std::size_t>((run.y % patternSide) * patternSide + x % patternSide)];
-            indices[next] = mixer.mixed(color, indices[next], threshold);
+            indices[next] = mixer.mixed(color, indices[next], thresholdAt(x, run.y));
         }
     }
 }

@@ -3,6 +3,7 @@
 #include "encoding/PaletteIndex.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 
 namespace clipwren {
@@ -41,9 +42,10 @@ ShownPicture::ShownPicture(PixelSize size)
       colors(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height), nothingYet) {}
 
 std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span<const std::uint8_t> indices,
-                                            const Palette& palette, std::uint8_t transparent,
+                                            const Palette& palette, std::uint8_t transparent, bool offersBoth,
                                             Healer& healer) {
-    std::vector<IndexChoice> result = stayingChoices(change.rect, palette, transparent);
+    std::vector<IndexChoice> result(static_cast<std::size_t>(change.rect.area()), {transparent, transparent});
+    if (offersBoth) offerEqualEntries(result, change.rect, palette, transparent);
     const std::size_t changedRuns = change.runs.size() - change.healingRuns;
     const bool mostMoves = 2 * change.colors.size() > colors.size();
     const std::uint32_t tolerance = mostMoves ? unnoticedInMotion : unnoticed;
@@ -65,21 +67,29 @@ std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span
 }
 
 std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) {
-    Pixel* shown = colors.data() + offset(run.x, run.y);
+    Pixel* const shown = colors.data() + offset(run.x, run.y);
+    // Runs end with their block. What can be done for many pixels at once comes first.
+    std::array<Pixel, Image::blockWidth> offered;
+    std::array<std::uint32_t, Image::blockWidth> before;
+    std::array<std::uint32_t, Image::blockWidth> after;
+    const auto length = static_cast<std::size_t>(run.length);
+    for (std::size_t i = 0; i < length; ++i)
+        offered[i] = (*drawn.palette)[drawn.indices[i]];
+    for (std::size_t i = 0; i < length; ++i) {
+        before[i] = difference(shown[i], drawn.wanted[i]);
+        after[i] = difference(offered[i], drawn.wanted[i]);
+    }
     std::uint32_t misfit = 0;
-    for (int i = 0; i < run.length; ++i) {
-        const std::uint8_t index = drawn.indices[i];
-        const Pixel color = (*drawn.palette)[index];
-        const std::uint32_t after = difference(color, drawn.wanted[i]);
-        const std::uint32_t before = difference(shown[i], drawn.wanted[i]);
-        const bool mayStay = after > 0 && shown[i] != nothingYet && before <= after + drawn.tolerance;
-        if (shown[i] == color || mayStay) {
-            misfit += before;
+    for (std::size_t i = 0; i < length; ++i) {
+        const bool mayStay =
+            after[i] > 0 && shown[i] != nothingYet && before[i] <= after[i] + drawn.tolerance;
+        if (shown[i] == offered[i] || mayStay) {
+            misfit += before[i];
             continue;
         }
-        misfit += after;
-        shown[i] = color;
-        drawn.target[i] = {index, index};
+        misfit += after[i];
+        shown[i] = offered[i];
+        drawn.target[i] = {drawn.indices[i], drawn.indices[i]};
     }
     return misfit;
 }
@@ -107,11 +117,10 @@ std::uint32_t ShownPicture::healRun(const PixelRun& run, const DrawnRun& drawn, 
     return steps;
 }
 
-std::vector<IndexChoice> ShownPicture::stayingChoices(const PixelRect& rect, const Palette& palette,
-                                                      std::uint8_t transparent) const {
-    std::vector<IndexChoice> result(static_cast<std::size_t>(rect.area()), {transparent, transparent});
+void ShownPicture::offerEqualEntries(std::span<IndexChoice> choices, const PixelRect& rect,
+                                     const Palette& palette, std::uint8_t transparent) const {
     const PaletteIndex entries(palette, transparent);
-    IndexChoice* target = result.data();
+    IndexChoice* target = choices.data();
     for (int y = rect.y; y < rect.maxY(); ++y) {
         const Pixel* const end = colors.data() + offset(rect.maxX(), y);
         // Neighbours are often equal.
@@ -124,7 +133,6 @@ std::vector<IndexChoice> ShownPicture::stayingChoices(const PixelRect& rect, con
             shown = next;
         }
     }
-    return result;
 }
 
 } // namespace clipwren

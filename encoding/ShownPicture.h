@@ -20,9 +20,11 @@ public:
     // Draws the changed pixels with the colours picked for them, unless what is shown is as near, and those
     // to heal where that brings them nearer; the healer is told what stays wrong. Returns how a viewer gets
     // there: the indices of all pixels of the change's rectangle, row by row, `transparent` where the picture
-    // stays as it is. Where a colour of the palette is shown already, both ways are left open.
+    // stays as it is. Where a colour of the palette is shown already, both ways are left open if
+    // `offersBoth`.
     std::vector<IndexChoice> draw(const FrameChange& change, std::span<const std::uint8_t> indices,
-                                  const Palette& palette, std::uint8_t transparent, Healer& healer);
+                                  const Palette& palette, std::uint8_t transparent, bool offersBoth,
+                                  Healer& healer);
 
     // How much brightness changed where nothing did when it was drawn last.
     std::uint32_t lastHealingSteps() const { return healingSteps; }
@@ -40,8 +42,8 @@ private:
     std::uint32_t drawRun(const PixelRun& run, const DrawnRun& drawn);
     // Draws only pixels that come nearer; returns the sum of their steps of brightness.
     std::uint32_t healRun(const PixelRun& run, const DrawnRun& drawn, Healer& healer);
-    std::vector<IndexChoice> stayingChoices(const PixelRect& rect, const Palette& palette,
-                                            std::uint8_t transparent) const;
+    void offerEqualEntries(std::span<IndexChoice> choices, const PixelRect& rect, const Palette& palette,
+                           std::uint8_t transparent) const;
     std::size_t offset(int x, int y) const {
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(size.width) +
                static_cast<std::size_t>(x);

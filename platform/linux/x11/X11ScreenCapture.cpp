@@ -50,14 +50,13 @@ std::vector<ShareableWindow> shownWindows(xcb_connection_t* connection, xcb_wind
     const auto tree = owned(xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
     if (!tree) return shown;
     const xcb_window_t* windows = xcb_query_tree_children(tree.get());
-    const int count = xcb_query_tree_children_length(tree.get());
-    std::vector<xcb_get_window_attributes_cookie_t> requests;
-    for (int i = 0; i < count; ++i)
-        requests.push_back(xcb_get_window_attributes(connection, windows[i]));
-    for (int i = 0; i < count; ++i) {
+    const auto count = static_cast<std::size_t>(xcb_query_tree_children_length(tree.get()));
+    std::vector<xcb_get_window_attributes_cookie_t> requests(count);
+    for (std::size_t i = 0; i < count; ++i)
+        requests[i] = xcb_get_window_attributes(connection, windows[i]);
+    for (std::size_t i = 0; i < count; ++i) {
         // A window may have gone meanwhile.
-        const auto attributes = owned(
-            xcb_get_window_attributes_reply(connection, requests[static_cast<std::size_t>(i)], nullptr));
+        const auto attributes = owned(xcb_get_window_attributes_reply(connection, requests[i], nullptr));
         if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE) shown.push_back({windows[i]});
     }
     return shown;
