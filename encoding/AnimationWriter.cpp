@@ -30,6 +30,8 @@ constexpr std::size_t framesAhead = 4;
 constexpr std::uint8_t sharedTransparency = 0;
 // The share of all pixels for which there is time to try out whether staying as they are compresses best.
 constexpr double triedShare = 0.15;
+// Frames from one preview to the next while much moves.
+constexpr std::size_t longestStep = 8;
 // More would find nothing to do.
 constexpr unsigned mostThreads = 4;
 
@@ -149,11 +151,17 @@ private:
     // The first entry leaves pixels as they are.
     Palette commonPalette() const {
         CommonPalette common;
-        std::optional<Image> previous;
-        for (std::size_t i = 0; i < animation.frameCount; ++i) {
+        Image previous = animation.preview(0);
+        std::size_t previousFrame = 0;
+        std::size_t step = 1;
+        for (std::size_t i = 1; i < animation.frameCount; i += step) {
+            if (previousFrame + 1 < i) previous = animation.preview(i - 1);
             Image image = animation.preview(i);
-            if (previous && previous->bounds() == image.bounds()) common.consider(*previous, image);
+            const bool isQuiet = previous.bounds() == image.bounds() && common.consider(previous, image);
+            // Where much moves quiet frames are rare, and previews take time.
+            step = isQuiet ? 1 : std::min(2 * step, longestStep);
             previous = std::move(image);
+            previousFrame = i;
         }
         Palette palette = common.choose(largestPalette - 1);
         palette.insert(palette.begin(), palette.front());

@@ -20,7 +20,7 @@ struct AnimationFrame {
 struct Animation {
     std::size_t frameCount = 0;
     // Much like the frame's picture, and cheap: to learn the colours that frames have in common. Asked for in
-    // order too, before all frames.
+    // order too, before all frames, but not for all.
     std::function<Image(std::size_t)> preview;
     std::function<AnimationFrame(std::size_t)> frame;
     // Told after each frame, with the count of those that are written by then. Need not be set.

@@ -17,15 +17,16 @@ constexpr std::size_t mostBlocks = 24;
 
 } // namespace
 
-void CommonPalette::consider(const Image& previous, const Image& current) {
+bool CommonPalette::consider(const Image& previous, const Image& current) {
     const FrameChange change = sampledChangeSince(previous, current, mostBlocks);
     // Frames of more colours bring a table of their own anyway.
     const auto census = ColorCensus::take(change.colors, largestPalette - 1);
-    if (!census) return;
+    if (!census) return false;
     for (const ColorCensus::Entry& entry : census->entries()) {
         pixels.addExact(entry.color, entry.count);
         frames.addExact(entry.color, 1);
     }
+    return true;
 }
 
 Palette CommonPalette::choose(std::size_t limit) const {

@@ -10,8 +10,9 @@ namespace clipwren {
 // own.
 class CommonPalette {
 public:
-    // Looks at what changed, in a few places only where that is much.
-    void consider(const Image& previous, const Image& current);
+    // Looks at what changed, in a few places only where that is much. False when it has so many colours that
+    // it is left out.
+    bool consider(const Image& previous, const Image& current);
 
     // The most useful first, so that small indices suffice for many frames.
     Palette choose(std::size_t limit) const;
