@@ -180,8 +180,9 @@ private:
 
     void drawNext(ShownPicture& shown) {
         std::unique_ptr<FrameJob> job = take(choosing);
+        const bool hasChoices = !job->indexed.manyColors;
         drawChange(*job, shown, shared, *healer);
-        job->triesStaying = spendTrials(job->indices.size());
+        job->triesStaying = !hasChoices || spendTrials(job->indices.size());
         if (job->previous) healer->drawn(job->healing.empty() ? 0 : shown.lastHealingSteps());
         job->task = crew.start([job = job.get()] { compress(*job); });
         compressing.push_back(std::move(job));

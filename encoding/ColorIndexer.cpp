@@ -64,18 +64,25 @@ std::vector<WeightedColor> weightedColors(const ColorCensus& census) {
 // are always found exactly.
 class BinnedNearest {
 public:
-    explicit BinnedNearest(const Palette& palette) : own(palette), nearest(palette), byBin(binCount) {}
+    explicit BinnedNearest(const Palette& palette) : own(palette), nearest(palette), byBin(binCount) {
+        for (const Pixel color : palette)
+            byBin[binOf(color)] = holdsOwn;
+    }
 
     std::uint8_t find(Pixel color) {
-        if (const auto entry = own.find(color)) return *entry;
         std::uint16_t& known = byBin[binOf(color)];
-        if (known == unknown) known = static_cast<std::uint16_t>(1 + nearest.find(perceptualColor(color)));
-        return static_cast<std::uint8_t>(known - 1);
+        if (known & holdsOwn)
+            if (const auto entry = own.find(color)) return *entry;
+        if ((known & entryBits) == unknown)
+            known = static_cast<std::uint16_t>(known + 1 + nearest.find(perceptualColor(color)));
+        return static_cast<std::uint8_t>((known & entryBits) - 1);
     }
 
 private:
     static constexpr std::size_t binCount = 1 << 18;
-    static constexpr std::uint16_t unknown = 0;
+    static constexpr std::uint16_t unknown = 0; // else 1 more than the entry
+    static constexpr std::uint16_t entryBits = 0x1FF;
+    static constexpr std::uint16_t holdsOwn = 0x200; // one of the palette's own colours, or more
     static std::size_t binOf(Pixel color) {
         return (color >> 6 & 0x3F000) | (color >> 4 & 0xFC0) | (color >> 2 & 0x3F);
     }

@@ -82,14 +82,12 @@ std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) 
     std::uint32_t misfit = 0;
     for (std::size_t i = 0; i < length; ++i) {
         const bool mayStay =
-            after[i] > 0 && shown[i] != nothingYet && before[i] <= after[i] + drawn.tolerance;
-        if (shown[i] == offered[i] || mayStay) {
-            misfit += before[i];
-            continue;
-        }
-        misfit += after[i];
-        shown[i] = offered[i];
-        drawn.target[i] = {drawn.indices[i], drawn.indices[i]};
+            (after[i] > 0) & (shown[i] != nothingYet) & (before[i] <= after[i] + drawn.tolerance);
+        // Selected rather than branched to: in moving pictures nobody can foresee it.
+        const bool stays = (shown[i] == offered[i]) | mayStay;
+        misfit += stays ? before[i] : after[i];
+        shown[i] = stays ? shown[i] : offered[i];
+        drawn.target[i] = stays ? drawn.target[i] : IndexChoice{drawn.indices[i], drawn.indices[i]};
     }
     return misfit;
 }
