@@ -1,8 +1,5 @@
-#include "app/AppDelegate.h"
-
-#include "tests/fakes/FakePlatform.h"
+#include "tests/app/AppDelegateFixture.h"
 #include "tests/support/Pictures.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -11,75 +8,7 @@
 namespace clipwren {
 namespace {
 
-constexpr std::uint32_t commandShift = HotKeyModifiers::command | HotKeyModifiers::shift;
-
-// The delegate on fakes. What the user sees tells the state: the menu bar's symbol, the windows, the alerts.
-class AppDelegateTest : public testing::Test {
-protected:
-    TemporaryFolder home;
-    FakePlatform platform;
-    std::shared_ptr<AppDelegate> delegate = AppDelegate::create(platform.ports);
-
-    void SetUp() override {
-        platform.folders.homeFolder = home.path();
-        delegate->applicationDidFinishLaunching();
-        platform.mainQueue.run();
-        platform.backgroundQueue.run();
-    }
-
-    enum class Looks { idle, selecting, recording, encoding };
-    Looks looks() {
-        const auto& item = *platform.statusBar.item;
-        const bool hasMenu = item.menu != nullptr;
-        EXPECT_NE(hasMenu, item.action != nullptr);
-        EXPECT_EQ(item.accessibilityDescription, "Clipwren");
-        if (item.symbolName == "record.circle.fill") {
-            EXPECT_FALSE(hasMenu);
-            EXPECT_EQ(item.tint, Tint::systemRed);
-            EXPECT_EQ(item.imagePosition, ImagePosition::imageRight);
-            EXPECT_EQ(item.toolTip, "Stop recording");
-            return Looks::recording;
-        }
-        EXPECT_TRUE(hasMenu);
-        EXPECT_EQ(item.tint, std::nullopt);
-        EXPECT_EQ(item.imagePosition, ImagePosition::imageOnly);
-        EXPECT_EQ(item.title.text, "");
-        EXPECT_EQ(item.toolTip, "Clipwren");
-        if (item.symbolName == "arrow.triangle.2.circlepath") return Looks::encoding;
-        EXPECT_EQ(item.symbolName, "record.circle");
-        return platform.windows.keyMonitorCount > 0 ? Looks::selecting : Looks::idle;
-    }
-    void pressHotKey() {
-        EXPECT_TRUE(platform.hotKeys.press(KeyCode::g, commandShift));
-        platform.mainQueue.run();
-    }
-    void drag(Point from, Point to) {
-        platform.windows.visible().at(0)->drag(from, to);
-        platform.mainQueue.run();
-    }
-    void startRecording() {
-        pressHotKey();
-        drag({100, 100}, {420, 340});
-        ASSERT_EQ(looks(), Looks::recording);
-    }
-    FakeCaptureStream::Control& stream() { return *platform.screenCapture.streams.back(); }
-    void deliverFrames(int count) {
-        for (int i = 0; i < count; ++i)
-            stream().deliver(plainImage(320, 240, 0xFF000000u | static_cast<Pixel>(i * 40)), {i, 15});
-    }
-    void finishEncoding() {
-        platform.backgroundQueue.run();
-        platform.mainQueue.run();
-    }
-    std::filesystem::path expectedFile() const {
-        return home.path() / "Pictures" / "Clipwren" / "Recording_2024-03-09_14-05-31.gif";
-    }
-    bool overlayIsShown() const {
-        for (const auto& window : platform.windows.visible())
-            if (window->options.ignoresMouseEvents) return true;
-        return false;
-    }
-};
+using AppDelegateTest = AppDelegateFixture;
 
 TEST_F(AppDelegateTest, TheStartRemovesWhatAKilledOneHasLeftInTheBackground) {
     const auto output = expectedFile().parent_path();
@@ -481,14 +410,6 @@ TEST_F(AppDelegateTest, OpenFolderShowsTheOutputFolder) {
     EXPECT_TRUE(std::filesystem::is_directory(platform.workspace.opened[0]));
 }
 
-TEST_F(AppDelegateTest, QuitAsksNothingEvenWhileRecording) {
-    const auto quit = platform.statusBar.item->menu->items[5].action;
-    startRecording();
-    quit();
-    EXPECT_TRUE(platform.application.isTerminated);
-    EXPECT_TRUE(platform.alerts.shown.empty());
-}
-
 TEST_F(AppDelegateTest, WithoutAStatusItemTheHotKeyRecordsAllTheSame) {
     FakePlatform other;
     TemporaryFolder otherHome;
@@ -510,16 +431,6 @@ TEST_F(AppDelegateTest, WithoutAStatusItemTheHotKeyRecordsAllTheSame) {
     EXPECT_EQ(other.pasteboard.items.size(), 1u);
 }
 
-TEST_F(AppDelegateTest, AnEndThatNobodyAskedForSavesTheRecording) {
-    startRecording();
-    deliverFrames(3);
-    delegate->saveBeforeExit();
-    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
-    EXPECT_EQ(platform.log.lines().size(), 1u);
-    delegate->saveBeforeExit();
-    EXPECT_EQ(platform.log.lines().size(), 1u);
-}
-
 TEST_F(AppDelegateTest, KnowsHowFarTheEncodingIs) {
     startRecording();
     deliverFrames(3);
@@ -527,60 +438,6 @@ TEST_F(AppDelegateTest, KnowsHowFarTheEncodingIs) {
     EXPECT_EQ(delegate->encodingProgress(), 0);
     finishEncoding();
     EXPECT_EQ(delegate->encodingProgress(), 1);
-}
-
-TEST_F(AppDelegateTest, QuittingSavesARunningRecordingInTheBackground) {
-    startRecording();
-    deliverFrames(3);
-    delegate->applicationWillTerminate();
-    EXPECT_TRUE(platform.windows.visible().empty());
-    EXPECT_FALSE(std::filesystem::exists(expectedFile()));
-    platform.backgroundQueue.run();
-    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
-    EXPECT_TRUE(platform.pasteboard.items.empty());
-    EXPECT_TRUE(platform.alerts.shown.empty());
-}
-
-TEST_F(AppDelegateTest, QuittingRightAfterTheStopSavesTheRecordingOnce) {
-    startRecording();
-    deliverFrames(3);
-    delegate->triggerRecord(); // the stop itself still waits in the main queue
-    ASSERT_EQ(looks(), Looks::encoding);
-    delegate->applicationWillTerminate();
-    platform.backgroundQueue.run();
-    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
-    EXPECT_EQ(platform.log.lines().size(), 1u);
-}
-
-TEST_F(AppDelegateTest, QuittingWhileSelectingOrIdleSavesNothing) {
-    delegate->applicationWillTerminate();
-    pressHotKey();
-    delegate->applicationWillTerminate();
-    platform.backgroundQueue.run();
-    EXPECT_TRUE(platform.windows.visible().empty());
-    EXPECT_TRUE(platform.log.lines().empty());
-}
-
-TEST_F(AppDelegateTest, AnEndWithoutARecordingSavesNothing) {
-    delegate->saveBeforeExit();
-    EXPECT_TRUE(platform.log.lines().empty());
-    pressHotKey();
-    delegate->saveBeforeExit();
-    EXPECT_TRUE(platform.log.lines().empty());
-}
-
-TEST_F(AppDelegateTest, LateCallsAfterTheDelegatesEndDoNothing) {
-    pressHotKey();
-    const auto registration = platform.hotKeys.registrations.begin()->second.identifier;
-    platform.hotKeys.press(KeyCode::g, commandShift); // still queued when the delegate goes
-    delegate.reset();
-    EXPECT_TRUE(platform.windows.visible().empty());
-    EXPECT_TRUE(platform.hotKeys.registrations.empty());
-    EXPECT_FALSE(platform.statusBar.item->exists);
-    platform.mainQueue.run();
-    platform.hotKeys.sendEvent(registration);
-    platform.mainQueue.advance(10);
-    EXPECT_TRUE(platform.windows.visible().empty());
 }
 
 } // namespace

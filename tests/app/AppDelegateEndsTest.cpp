@@ -1,0 +1,82 @@
+#include "tests/app/AppDelegateFixture.h"
+
+namespace clipwren {
+namespace {
+
+// How the program ends, whoever ends it: nothing recorded is lost, nothing stays behind.
+using AppDelegateEndsTest = AppDelegateFixture;
+
+TEST_F(AppDelegateEndsTest, QuitAsksNothingEvenWhileRecording) {
+    const auto quit = platform.statusBar.item->menu->items[5].action;
+    startRecording();
+    quit();
+    EXPECT_TRUE(platform.application.isTerminated);
+    EXPECT_TRUE(platform.alerts.shown.empty());
+}
+
+TEST_F(AppDelegateEndsTest, QuittingSavesARunningRecordingInTheBackground) {
+    startRecording();
+    deliverFrames(3);
+    delegate->applicationWillTerminate();
+    EXPECT_TRUE(platform.windows.visible().empty());
+    EXPECT_FALSE(std::filesystem::exists(expectedFile()));
+    platform.backgroundQueue.run();
+    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
+    EXPECT_TRUE(platform.pasteboard.items.empty());
+    EXPECT_TRUE(platform.alerts.shown.empty());
+}
+
+TEST_F(AppDelegateEndsTest, QuittingRightAfterTheStopSavesTheRecordingOnce) {
+    startRecording();
+    deliverFrames(3);
+    delegate->triggerRecord(); // the stop itself still waits in the main queue
+    ASSERT_EQ(looks(), Looks::encoding);
+    delegate->applicationWillTerminate();
+    platform.backgroundQueue.run();
+    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
+    EXPECT_EQ(platform.log.lines().size(), 1u);
+}
+
+TEST_F(AppDelegateEndsTest, QuittingWhileSelectingOrIdleSavesNothing) {
+    delegate->applicationWillTerminate();
+    pressHotKey();
+    delegate->applicationWillTerminate();
+    platform.backgroundQueue.run();
+    EXPECT_TRUE(platform.windows.visible().empty());
+    EXPECT_TRUE(platform.log.lines().empty());
+}
+
+TEST_F(AppDelegateEndsTest, AnEndThatNobodyAskedForSavesTheRecording) {
+    startRecording();
+    deliverFrames(3);
+    delegate->saveBeforeExit();
+    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
+    EXPECT_EQ(platform.log.lines().size(), 1u);
+    delegate->saveBeforeExit();
+    EXPECT_EQ(platform.log.lines().size(), 1u);
+}
+
+TEST_F(AppDelegateEndsTest, AnEndWithoutARecordingSavesNothing) {
+    delegate->saveBeforeExit();
+    EXPECT_TRUE(platform.log.lines().empty());
+    pressHotKey();
+    delegate->saveBeforeExit();
+    EXPECT_TRUE(platform.log.lines().empty());
+}
+
+TEST_F(AppDelegateEndsTest, LateCallsAfterTheDelegatesEndDoNothing) {
+    pressHotKey();
+    const auto registration = platform.hotKeys.registrations.begin()->second.identifier;
+    platform.hotKeys.press(KeyCode::g, commandShift); // still queued when the delegate goes
+    delegate.reset();
+    EXPECT_TRUE(platform.windows.visible().empty());
+    EXPECT_TRUE(platform.hotKeys.registrations.empty());
+    EXPECT_FALSE(platform.statusBar.item->exists);
+    platform.mainQueue.run();
+    platform.hotKeys.sendEvent(registration);
+    platform.mainQueue.advance(10);
+    EXPECT_TRUE(platform.windows.visible().empty());
+}
+
+} // namespace
+} // namespace clipwren
