@@ -10,6 +10,8 @@ namespace clipwren {
 
 namespace {
 
+// A menu that is just closing still has the keyboard, and the server tells nobody when it lets go: hence a
+// few pauses, a fifth of a second in all.
 constexpr int tries = 10;
 constexpr auto pause = std::chrono::milliseconds(20);
 
