@@ -216,7 +216,8 @@ Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
     std::vector<Sample> samples = samplesOf(colors);
     std::vector<Sample> prevalent = takePrevalent(samples, limit);
     std::vector<Gathering> gatherings;
-    if (!samples.empty()) gatherings = gathered(samples, limit - prevalent.size());
+    if (!samples.empty() && prevalent.size() < limit)
+        gatherings = gathered(samples, limit - prevalent.size());
     const std::size_t refinements =
         std::clamp(refinedSamples / (samples.size() + 1), std::size_t{1}, mostRefinements);
     for (std::size_t i = 0; i < refinements; ++i)
