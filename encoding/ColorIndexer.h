@@ -36,7 +36,7 @@ public:
 private:
     std::uint8_t sharedEntry(Pixel color) const;
     // The shared entry for each colour of the census; nothing when that is not good enough for saving so many
-    // bytes. For none it must be exact.
+    // bytes.
     std::optional<std::vector<std::uint8_t>> sharedEntries(const ColorCensus& census,
                                                            double savedBytes) const;
 
