@@ -129,8 +129,10 @@ class Selector(desktop.ScreenTest):
         def drawn():
             shot = desktop.screenshot().astype(int)
             dimmed = np.abs(shot - before * 0.65).max(axis=2)[monitors].max() <= 2
-            return [shot] if dimmed and np.array_equal(shot[inside], before[inside]) else None
-        shot = desktop.wait_for(drawn, "a clear rectangle on a dimmed screen")[0]
+            # The label comes with the rectangle, but a screenshot may fall between the two.
+            labelled = (shot[bottom + 2:bottom + 20, left:left + 60].min(axis=2) > 180).sum() > 20
+            return [shot] if dimmed and labelled and np.array_equal(shot[inside], before[inside]) else None
+        shot = desktop.wait_for(drawn, "a clear rectangle with its label on a dimmed screen")[0]
         # Dashes of white, 4 on and 2 off, along each edge.
         for name, edge in (("top", shot[top - 1:top + 1, left + 2:right - 2].max(axis=0)),
                            ("bottom", shot[bottom - 1:bottom + 1, left + 2:right - 2].max(axis=0)),
