@@ -29,6 +29,18 @@ std::string utf8(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
+void logSavedFile(const Platform& platform, std::string_view what, const std::filesystem::path& file) {
+    platform.log.write("[Clipwren] " + std::string(what) + " — " + utf8(file.filename()));
+}
+
+void saveWithoutCopying(const Platform& platform, const std::vector<RecordedFrame>& frames) {
+    const auto result = GifEncoder::encode(frames, platform.folders, platform.files, platform.canvases);
+    if (result)
+        logSavedFile(platform, "GIF saved before the program ended", *result);
+    else
+        platform.log.write("Clipwren: Could not save GIF: " + std::string(errorDescription(result.error())));
+}
+
 } // namespace
 
 std::shared_ptr<AppDelegate> AppDelegate::create(const Platform& platform) {
@@ -192,7 +204,7 @@ void AppDelegate::encodingDidEnd(const Expected<std::filesystem::path, GifEncode
     if (result) {
         platform.pasteboard.clearContents();
         platform.pasteboard.writeFileURL(*result);
-        logSavedFile("GIF copied to clipboard", *result);
+        logSavedFile(platform, "GIF copied to clipboard", *result);
         // Otherwise it would have to be guessed why the recording is shorter than what happened.
         if (memoryRanShort)
             showAlert("The recording was stopped because memory is running short. What was recorded until "
@@ -201,10 +213,6 @@ void AppDelegate::encodingDidEnd(const Expected<std::filesystem::path, GifEncode
         showAlert("Could not save GIF: " + std::string(errorDescription(result.error())));
     }
     setState(State::idle);
-}
-
-void AppDelegate::logSavedFile(std::string_view what, const std::filesystem::path& file) {
-    platform.log.write("[Clipwren] " + std::string(what) + " — " + utf8(file.filename()));
 }
 
 void AppDelegate::showAlert(const std::string& informativeText) {
@@ -217,21 +225,14 @@ void AppDelegate::applicationWillTerminate() {
     if (overlay) overlay->hide();
     overlay = nullptr;
     if (const auto interrupted = std::exchange(recorder, nullptr))
-        platform.backgroundQueue.async([self = shared_from_this(), frames = interrupted->stopNow()] {
-            self->saveWithoutCopying(frames);
-        });
+        // Without the delegate, which must not end on that thread.
+        platform.backgroundQueue.async(
+            [&ports = platform, frames = interrupted->stopNow()] { saveWithoutCopying(ports, frames); });
 }
 
 void AppDelegate::saveBeforeExit() {
-    if (const auto interrupted = std::exchange(recorder, nullptr)) saveWithoutCopying(interrupted->stopNow());
-}
-
-void AppDelegate::saveWithoutCopying(const std::vector<RecordedFrame>& frames) {
-    const auto result = GifEncoder::encode(frames, platform.folders, platform.files, platform.canvases);
-    if (result)
-        logSavedFile("GIF saved before the program ended", *result);
-    else
-        platform.log.write("Clipwren: Could not save GIF: " + std::string(errorDescription(result.error())));
+    if (const auto interrupted = std::exchange(recorder, nullptr))
+        saveWithoutCopying(platform, interrupted->stopNow());
 }
 
 } // namespace clipwren

@@ -71,8 +71,6 @@ private:
     void stopRecording();
     void encodeAndCopy(std::vector<RecordedFrame> frames);
     void encodingDidEnd(const Expected<std::filesystem::path, GifEncoderError>& result);
-    void saveWithoutCopying(const std::vector<RecordedFrame>& frames);
-    void logSavedFile(std::string_view what, const std::filesystem::path& file);
     void showAlert(const std::string& informativeText);
     bool mayCaptureScreen() const;
 

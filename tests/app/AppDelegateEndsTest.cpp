@@ -20,6 +20,10 @@ TEST_F(AppDelegateEndsTest, QuittingSavesARunningRecordingInTheBackground) {
     delegate->applicationWillTerminate();
     EXPECT_TRUE(platform.windows.visible().empty());
     EXPECT_FALSE(std::filesystem::exists(expectedFile()));
+    // The main thread ends the delegate, with its item and timers; the background queue must not hold it.
+    const std::weak_ptr<AppDelegate> ended = delegate;
+    delegate.reset();
+    EXPECT_TRUE(ended.expired());
     platform.backgroundQueue.run();
     EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
     EXPECT_TRUE(platform.pasteboard.items.empty());

@@ -69,6 +69,7 @@ class InstanceTest(ScreenTest):
         self.assertEqual(clipwren.process.wait(20), 0)
         wait_for(lambda: clipwren.gifs(), "the GIF")
         self.assertTrue(clipwren.log.matching("GIF saved before the program ended"))
+        self.assertFalse(clipwren.log.matching("QObject"), "objects of the main thread end there")
 
     def test_without_a_bus(self):
         clipwren = self.start(environment={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"})
