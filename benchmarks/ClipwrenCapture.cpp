@@ -1,7 +1,10 @@
 // Records a region of the primary screen for a while, as Clipwren does, into the frame store, and prints what
 // it cost and what came of it, one "name value" a line.
 //
-//   clipwren-capture [--region X,Y,WxH] [--to WxH] [--fps N] [--seconds S] [--counter] [--no-cursor]
+//   clipwren-capture [--region X,Y,WxH] [--to WxH] [--fps N] [--seconds S] [--counter] [--no-cursor] [--log
+//   FILE]
+//
+// --log, with --counter: each frame's picture number and time, in seconds of the monotonic clock, one a line.
 
 #include "base/SerialQueue.h"
 #include "benchmarks/FrameCounter.h"
@@ -20,6 +23,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +39,7 @@ struct Options {
     double seconds = 10;
     bool counter = false;
     bool cursor = true;
+    const char* log = nullptr;
 };
 
 bool parse(int argc, char** argv, Options& options) {
@@ -59,6 +64,8 @@ bool parse(int argc, char** argv, Options& options) {
             options.fps = std::atoi(argv[i]);
         else if (name == "--seconds")
             options.seconds = std::atof(argv[i]);
+        else if (name == "--log")
+            options.log = argv[i];
         else
             known = false;
         if (!known) return false;
@@ -90,11 +97,28 @@ double ownMemory() {
     return 0;
 }
 
+// Hands the samples on and keeps the first picture's time, which the store takes as zero.
+class FirstTime final : public StreamOutput {
+public:
+    explicit FirstTime(std::shared_ptr<StreamOutput> next) : next(std::move(next)) {}
+    void didOutputSample(CaptureStream& stream, const StreamSample& sample, StreamOutputType type) override {
+        if (!first && sample.image) first = sample.presentationTime;
+        next->didOutputSample(stream, sample, type);
+    }
+    double seconds() const { return first ? first->seconds() : 0; }
+
+private:
+    const std::shared_ptr<StreamOutput> next;
+    std::optional<MediaTime> first;
+};
+
 // Duplicates, gaps and how far the frames' times are from those of the pictures they show.
-void printCounters(const std::vector<RecordedFrame>& frames, const Options& options) {
+void printCounters(const std::vector<RecordedFrame>& frames, double begin, const Options& options) {
     int duplicates = 0, gaps = 0, backwards = 0;
     std::vector<double> late;
     int before = -1;
+    std::ofstream log;
+    if (options.log) log.open(options.log);
     ImageUnpacker unpacker;
     for (const RecordedFrame& frame : frames) {
         const Image image = frame.image.unpacked(unpacker);
@@ -109,6 +133,8 @@ void printCounters(const std::vector<RecordedFrame>& frames, const Options& opti
             gaps += std::max(number - before - 1, 0);
         }
         before = number;
+        if (log.is_open())
+            log << number << ' ' << std::fixed << begin + frame.presentationTime.seconds() << '\n';
         late.push_back(frame.presentationTime.seconds() - static_cast<double>(number) / options.fps);
     }
     std::printf("duplicates %d\ngaps %d\nbackwards %d\n", duplicates, gaps, backwards);
@@ -130,7 +156,7 @@ int main(int argc, char** argv) {
     Options options;
     if (!parse(argc, argv, options)) {
         std::fprintf(stderr, "usage: clipwren-capture [--region X,Y,WxH] [--to WxH] [--fps N] [--seconds S] "
-                             "[--counter] [--no-cursor]\n");
+                             "[--counter] [--no-cursor] [--log FILE]\n");
         return 2;
     }
     QCoreApplication application(argc, argv);
@@ -145,6 +171,7 @@ int main(int argc, char** argv) {
     const LinuxMemory memory;
     const auto store = std::make_shared<FrameStore>(MemoryWatch(memory, [] { std::puts("memoryShort 1"); }),
                                                     [queue = queue.get()] { return queue->pending() > 0; });
+    const auto output = std::make_shared<FirstTime>(store);
     std::shared_ptr<CaptureStream> stream;
     int status = 1;
     Usage begin{}, end{};
@@ -176,7 +203,7 @@ int main(int argc, char** argv) {
             .showsCursor = options.cursor};
         memoryBefore = ownMemory();
         stream = capture.makeStream({.display = content->displays.front()}, configuration, {});
-        stream->addOutput(store, StreamOutputType::screen, queue);
+        stream->addOutput(output, StreamOutputType::screen, queue);
         stream->start([&](const std::optional<PlatformError>& error) {
             if (error) return fail(*error);
             begin = usage();
@@ -199,6 +226,6 @@ int main(int argc, char** argv) {
                 static_cast<double>(end.switches - begin.switches) / options.seconds);
     std::printf("nominalMegabytes %.2f\nheldMegabytes %.2f\n", static_cast<double>(nominal) / (1 << 20),
                 held / (1 << 20));
-    if (options.counter) printCounters(frames, options);
+    if (options.counter) printCounters(frames, output->seconds(), options);
     return 0;
 }

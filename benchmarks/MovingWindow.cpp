@@ -3,7 +3,9 @@
 // and then; or, with --scene, an editor, a chat, a film, or nothing at all.
 //
 //   moving-window [--size WxH] [--at X,Y] [--fps N] [--jitter MS] [--seconds S] [--quiet]
-//                 [--scene typing|chat|video|still]
+//                 [--scene typing|chat|video|still] [--log FILE]
+//
+// --log: each picture's number and when it was drawn, in seconds of the monotonic clock, one a line.
 
 #include "benchmarks/FrameCounter.h"
 #include "benchmarks/Scenes.h"
@@ -35,6 +37,7 @@ struct Options {
     double seconds = 10;
     bool quiet = false;
     std::string_view scene;
+    const char* log = nullptr;
 };
 
 bool parse(int argc, char** argv, Options& options) {
@@ -56,6 +59,8 @@ bool parse(int argc, char** argv, Options& options) {
             options.jitter = std::atof(argv[i]);
         else if (name == "--scene")
             options.scene = argv[i];
+        else if (name == "--log")
+            options.log = argv[i];
         else if (name == "--seconds")
             options.seconds = std::atof(argv[i]);
         else
@@ -176,7 +181,7 @@ int main(int argc, char** argv) {
     Options options;
     if (!parse(argc, argv, options)) {
         std::fprintf(stderr, "usage: moving-window [--size WxH] [--at X,Y] [--fps N] [--jitter MS] "
-                             "[--seconds S] [--quiet] [--scene NAME]\n");
+                             "[--seconds S] [--quiet] [--scene NAME] [--log FILE]\n");
         return 2;
     }
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
@@ -184,6 +189,11 @@ int main(int argc, char** argv) {
     {
         MovingWindow window(connection, options);
         const auto scene = window.makeScene(options.scene);
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> log(
+            options.log ? std::fopen(options.log, "w") : nullptr,
+            [](std::FILE* file) { return std::fclose(file); });
+        if (options.log && !log) return 1;
+        if (log) std::setvbuf(log.get(), nullptr, _IOLBF, 0); // it may be ended at any time
         std::puts("ready");
         std::fflush(stdout);
 
@@ -205,6 +215,9 @@ int main(int argc, char** argv) {
             if (options.scene == "still") continue;
             if (!options.quiet) {
                 window.draw(number);
+                if (log)
+                    std::fprintf(log.get(), "%d %.6f\n", number,
+                                 std::chrono::duration<double>(Clock::now().time_since_epoch()).count());
                 continue;
             }
             // The caret turns every half second; one second of three, the pointer moves.
