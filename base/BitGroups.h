@@ -84,6 +84,8 @@ const std::uint8_t* getBits(const std::uint8_t* from, std::uint8_t* numbers) {
 // How many bits a group of each class has: seven are stored as eight, so that three bits name the class.
 inline constexpr int wholeBytes = 7;
 
+inline int bytesOf(int bitClass) { return 2 * (bitClass == wholeBytes ? 8 : bitClass); }
+
 inline std::uint8_t* putGroup(int bitClass, const std::uint8_t* numbers, std::uint8_t* to) {
     switch (bitClass) {
     case 0: return to;

@@ -12,9 +12,9 @@ namespace clipwren {
 
 namespace {
 
-using bitgroups::getGroup;
+using bitgroups::getBits;
 using bitgroups::groupSize;
-using bitgroups::putGroup;
+using bitgroups::putBits;
 
 constexpr int width = Image::blockWidth;
 constexpr int height = Image::blockHeight;
@@ -25,7 +25,7 @@ static_assert(groupCount == 64, "a bit of one word for each group");
 
 // A packed block begins with its kind: how many colours its palette has, or that it has none. Without a
 // palette there are planes of one channel each; alpha has none where all is opaque.
-constexpr int largestColorCount = 16;
+constexpr int largestColorCount = 128;
 constexpr std::uint8_t opaquePlanes = 0;
 constexpr std::uint8_t fourPlanes = largestColorCount + 1;
 static_assert(largestPackedBlock == 1 + height * 4 * (2 + width));
@@ -43,6 +43,20 @@ bool isRepeated(const Pixel* pixels, int group) {
     return difference == 0;
 }
 
+std::uint64_t repeatedGroups(const Pixel* pixels) {
+    std::uint64_t repeated = 0;
+    for (int group = 0; group < groupCount; ++group)
+        repeated |= std::uint64_t{isRepeated(pixels, group)} << group;
+    return repeated;
+}
+
+int indexBits(int colorCount) { return std::bit_width(static_cast<unsigned>(colorCount - 1)); }
+
+int packedSize(int colorCount, std::uint64_t repeated) {
+    const int groups = groupCount - std::popcount(repeated);
+    return 9 + colorCount * static_cast<int>(sizeof(Pixel)) + groups * 2 * indexBits(colorCount);
+}
+
 struct Colors {
     std::array<Pixel, largestColorCount> palette;
     std::array<std::uint8_t, pixelCount> indices; // of the groups that are not repeated, one after another
@@ -50,17 +64,28 @@ struct Colors {
     int count = 0;                                // 0: too many
 };
 
+// So many are worth a palette always.
+constexpr int fewColors = 16;
+
+// More are where they stand beside each other without order, as in drawn or written things made smaller, and
+// not where one leads to the next. `group` is where the few were exceeded: in a photograph that is the first
+// row.
+bool areWorthMore(int group, const Pixel* pixels) {
+    if (group < groupsInRow) return false;
+    return packedSize(64, repeatedGroups(pixels)) * 5 / 4 < estimatedPlanesSize(pixels);
+}
+
 void findColors(const Pixel* pixels, Colors& colors) {
-    constexpr int slotCount = 64;
-    constexpr std::uint8_t none = 0xFF;
-    const auto slotOf = [](Pixel color) { return color * 2654435761u >> 26; };
-    std::array<std::uint8_t, slotCount> slots;
-    slots.fill(none);
+    // A slot for each colour, found by its hash. Nothing in it means the first colour, whose pixels are
+    // found in any slot that no other colour has taken.
+    constexpr unsigned slotCount = 1024;
+    const auto slotOf = [](Pixel color) { return color * 2654435761u >> 22; };
+    std::array<std::uint8_t, slotCount> slots{};
     Pixel color = pixels[0];
     std::uint8_t index = 0;
     colors.palette[0] = color;
     colors.count = 1;
-    slots[slotOf(color)] = index;
+    int most = fewColors;
     std::uint8_t* out = colors.indices.data();
     for (int number = 0; number < groupCount; ++number) {
         if (isRepeated(pixels, number)) {
@@ -72,12 +97,18 @@ void findColors(const Pixel* pixels, Colors& colors) {
             if (group[i] != color) {
                 color = group[i];
                 unsigned slot = slotOf(color);
-                while (slots[slot] != none && colors.palette[slots[slot]] != color)
-                    slot = (slot + 1) % slotCount;
-                if (slots[slot] == none) {
-                    if (colors.count == largestColorCount) {
-                        colors.count = 0;
-                        return;
+                while (colors.palette[slots[slot]] != color) {
+                    if (slots[slot] != 0) {
+                        slot = (slot + 1) % slotCount;
+                        continue;
+                    }
+                    if (colors.count == most) {
+                        if (most == fewColors && areWorthMore(number, pixels)) {
+                            most = largestColorCount;
+                        } else {
+                            colors.count = 0;
+                            return;
+                        }
                     }
                     slots[slot] = static_cast<std::uint8_t>(colors.count);
                     colors.palette[static_cast<std::size_t>(colors.count++)] = color;
@@ -89,7 +120,13 @@ void findColors(const Pixel* pixels, Colors& colors) {
     }
 }
 
-int indexBits(int colorCount) { return colorCount <= 2 ? 1 : colorCount <= 4 ? 2 : 4; }
+template <int bits>
+std::uint8_t* putIndices(const Colors& colors, std::uint8_t* to) {
+    const std::uint8_t* indices = colors.indices.data();
+    for (int left = groupCount - std::popcount(colors.repeated); left > 0; --left, indices += groupSize)
+        to = putBits<bits>(indices, to);
+    return to;
+}
 
 std::uint8_t* packColors(const Colors& colors, std::uint8_t* to) {
     *to++ = static_cast<std::uint8_t>(colors.count);
@@ -98,10 +135,32 @@ std::uint8_t* packColors(const Colors& colors, std::uint8_t* to) {
     to += paletteSize;
     std::memcpy(to, &colors.repeated, sizeof colors.repeated);
     to += sizeof colors.repeated;
-    const std::uint8_t* indices = colors.indices.data();
-    for (int left = groupCount - std::popcount(colors.repeated); left > 0; --left, indices += groupSize)
-        to = putGroup(indexBits(colors.count), indices, to);
-    return to;
+    switch (indexBits(colors.count)) {
+    case 0: return to;
+    case 1: return putIndices<1>(colors, to);
+    case 2: return putIndices<2>(colors, to);
+    case 3: return putIndices<3>(colors, to);
+    case 4: return putIndices<4>(colors, to);
+    case 5: return putIndices<5>(colors, to);
+    case 6: return putIndices<6>(colors, to);
+    default: return putIndices<7>(colors, to);
+    }
+}
+
+template <int bits>
+void getIndices(std::uint64_t repeated, const Pixel* palette, const std::uint8_t* from, Pixel* pixels) {
+    for (int group = 0; group < groupCount; ++group, pixels += groupSize) {
+        if ((repeated >> group & 1) == 0) {
+            std::array<std::uint8_t, groupSize> indices;
+            from = getBits<bits>(from, indices.data());
+            for (int i = 0; i < groupSize; ++i)
+                pixels[i] = palette[indices[static_cast<std::size_t>(i)]];
+        } else if (group < groupsInRow) {
+            std::fill_n(pixels, groupSize, palette[0]);
+        } else {
+            std::copy_n(pixels - width, groupSize, pixels);
+        }
+    }
 }
 
 void unpackColors(int count, const std::uint8_t* from, Pixel* pixels) {
@@ -112,17 +171,15 @@ void unpackColors(int count, const std::uint8_t* from, Pixel* pixels) {
     std::uint64_t repeated;
     std::memcpy(&repeated, from, sizeof repeated);
     from += sizeof repeated;
-    for (int group = 0; group < groupCount; ++group, pixels += groupSize) {
-        if ((repeated >> group & 1) == 0) {
-            std::array<std::uint8_t, groupSize> indices;
-            from = getGroup(indexBits(count), from, indices.data());
-            for (int i = 0; i < groupSize; ++i)
-                pixels[i] = palette[indices[static_cast<std::size_t>(i)]];
-        } else if (group < groupsInRow) {
-            std::fill_n(pixels, groupSize, palette[0]);
-        } else {
-            std::copy_n(pixels - width, groupSize, pixels);
-        }
+    switch (indexBits(count)) {
+    case 0: return getIndices<0>(repeated, palette.data(), from, pixels);
+    case 1: return getIndices<1>(repeated, palette.data(), from, pixels);
+    case 2: return getIndices<2>(repeated, palette.data(), from, pixels);
+    case 3: return getIndices<3>(repeated, palette.data(), from, pixels);
+    case 4: return getIndices<4>(repeated, palette.data(), from, pixels);
+    case 5: return getIndices<5>(repeated, palette.data(), from, pixels);
+    case 6: return getIndices<6>(repeated, palette.data(), from, pixels);
+    default: return getIndices<7>(repeated, palette.data(), from, pixels);
     }
 }
 

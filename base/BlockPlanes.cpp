@@ -97,6 +97,13 @@ std::uint8_t* packRow(bool isFromLeft, const std::uint8_t* misses, std::uint8_t*
     return to;
 }
 
+int rowSize(const std::uint8_t* misses) {
+    int bytes = 2;
+    for (int group = 0; group < groupsInRow; ++group)
+        bytes += bitgroups::bytesOf(bitgroups::classOf(misses + group * groupSize));
+    return bytes;
+}
+
 const std::uint8_t* unpackRow(const std::uint8_t* from, std::uint8_t* row) {
     const unsigned bits = from[0] | static_cast<unsigned>(from[1]) << 8;
     from += 2;
@@ -118,6 +125,30 @@ const std::uint8_t* unpackRow(const std::uint8_t* from, std::uint8_t* row) {
 }
 
 } // namespace
+
+int estimatedPlanesSize(const Pixel* pixels) {
+    constexpr int step = 4; // one row in so many speaks for the others,
+    int bytes = 0;
+    for (int y = step / 2; y < height; y += step) {
+        // Two rows, the second of which is looked at.
+        std::uint8_t greens[2 * width], reds[2 * width], above[width], left[width];
+        const Pixel* row = pixels + (y - 1) * width;
+        for (int x = 0; x < 2 * width; ++x) {
+            greens[x] = static_cast<std::uint8_t>(row[x] >> 8);
+            reds[x] = static_cast<std::uint8_t>((row[x] >> 16) - (row[x] >> 8));
+        }
+        missesFromAbove(greens + width, above);
+        missesFromLeft(greens + width, left);
+        const bool isFromLeft = sum(left) < sum(above);
+        bytes += rowSize(isFromLeft ? left : above);
+        if (isFromLeft)
+            missesFromLeft(reds + width, left);
+        else
+            missesFromAbove(reds + width, above);
+        bytes += 2 * rowSize(isFromLeft ? left : above); // and red for blue
+    }
+    return bytes * step;
+}
 
 std::uint8_t* packPlanes(const Pixel* pixels, bool isOpaque, std::uint8_t* packed) {
     const int channels = isOpaque ? 3 : 4;

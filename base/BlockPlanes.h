@@ -13,4 +13,7 @@ namespace clipwren {
 std::uint8_t* packPlanes(const Pixel* pixels, bool isOpaque, std::uint8_t* packed);
 const std::uint8_t* unpackPlanes(const std::uint8_t* packed, bool isOpaque, Pixel* pixels);
 
+// About how many bytes an opaque block takes that way.
+int estimatedPlanesSize(const Pixel* pixels);
+
 } // namespace clipwren

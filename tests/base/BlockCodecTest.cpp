@@ -40,7 +40,7 @@ TEST(BlockCodec, MakesAFlatBlockTiny) {
 
 TEST(BlockCodec, KeepsEveryCountOfColours) {
     std::mt19937 random(1);
-    for (unsigned count = 1; count <= 40; ++count) {
+    for (unsigned count = 1; count <= 140; ++count) {
         Block colors;
         for (unsigned i = 0; i < count; ++i)
             colors.push_back(static_cast<Pixel>(random()));
@@ -51,7 +51,37 @@ TEST(BlockCodec, KeepsEveryCountOfColours) {
         }
         // And in runs, which leaves groups that repeat the row above.
         packedSize(made([&](unsigned x, unsigned y) { return colors[(x / 9 + y / 5) % count]; }));
+        // And with more of them from row to row.
+        packedSize(made([&](unsigned, unsigned y) { return colors[random() % (count * y / 15 + 1)]; }));
     }
+}
+
+// Boxes that overlap, made smaller: flat areas, and at each border a colour of its own.
+TEST(BlockCodec, MakesManyColoursSmallWhereTheyHaveNoOrder) {
+    std::mt19937 random(4);
+    Block large(pixelCount * 4, 0xFF203040);
+    for (int box = 0; box < 25; ++box) {
+        const unsigned left = random() % 128, top = random() % 32, color = static_cast<Pixel>(random());
+        const unsigned right = std::min(left + 7 + static_cast<unsigned>(random() % 40), 128u);
+        const unsigned bottom = std::min(top + 7 + static_cast<unsigned>(random() % 20), 32u);
+        for (unsigned y = top; y < bottom; ++y)
+            for (unsigned x = left; x < right; ++x)
+                large[y * 128 + x] = color | 0xFF000000;
+    }
+    const Block block = made([&](unsigned x, unsigned y) {
+        Pixel mean = 0;
+        for (unsigned shift = 0; shift < 32; shift += 8) {
+            unsigned sum = 0;
+            for (const unsigned i : {0u, 1u, 128u, 129u})
+                sum += large[y * 256 + x * 2 + i] >> shift & 0xFF;
+            mean |= sum / 4 << shift;
+        }
+        return mean;
+    });
+    Block colors = block;
+    std::ranges::sort(colors);
+    ASSERT_GT(std::ranges::unique(colors).begin() - colors.begin(), 40);
+    EXPECT_LT(packedSize(block), 1100u);
 }
 
 TEST(BlockCodec, PredictsGradients) {
