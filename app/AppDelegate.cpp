@@ -5,11 +5,13 @@
 #include "capture/ScreenRecorder.h"
 #include "encoding/GifEncoder.h"
 #include "platform/Alerts.h"
+#include "platform/Application.h"
 #include "platform/BackgroundQueue.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/Pasteboard.h"
 #include "platform/ScreenCapture.h"
+#include "platform/Session.h"
 #include "platform/StatusItem.h"
 #include "platform/Windows.h"
 #include "settings/SettingsWindow.h"
@@ -129,6 +131,9 @@ void AppDelegate::startRecording(const Rect& region) {
         return;
     }
     setState(State::recording);
+    shutdownDelay = platform.session.delayShutdown(
+        "A recording is not saved yet",
+        weakly(shared_from_this(), [](AppDelegate& delegate) { delegate.computerWillShutDown(); }));
 
     // Shown before the capture starts, so that its windows' numbers exist and can be left out.
     overlay = std::make_shared<RecordingOverlay>(platform, region);
@@ -168,6 +173,7 @@ void AppDelegate::startDidFail(const std::shared_ptr<ScreenRecorder>& failedReco
     if (overlay) overlay->hide();
     overlay = nullptr;
     recorder = nullptr;
+    shutdownDelay = nullptr;
     setState(State::idle);
 }
 
@@ -200,7 +206,14 @@ void AppDelegate::encodeAndCopy(std::vector<RecordedFrame> frames) {
     });
 }
 
+// Nothing else that the user does with the program comes after that. A recording that is encoded already only
+// needs the time that it holds the computer up.
+void AppDelegate::computerWillShutDown() {
+    if (state == State::recording) platform.application.terminate();
+}
+
 void AppDelegate::encodingDidEnd(const Expected<std::filesystem::path, GifEncoderError>& result) {
+    shutdownDelay = nullptr; // before an alert, which may stay for as long as the user is away
     if (result) {
         platform.pasteboard.clearContents();
         platform.pasteboard.writeFileURL(*result);
@@ -227,7 +240,9 @@ void AppDelegate::applicationWillTerminate() {
     if (const auto interrupted = std::exchange(recorder, nullptr))
         // Without the delegate, which must not end on that thread.
         platform.backgroundQueue.async(
-            [&ports = platform, frames = interrupted->stopNow()] { saveWithoutCopying(ports, frames); });
+            [&ports = platform, frames = interrupted->stopNow(), delay = std::move(shutdownDelay)] {
+                saveWithoutCopying(ports, frames);
+            });
 }
 
 void AppDelegate::saveBeforeExit() {

@@ -20,6 +20,7 @@ class RecordingOverlay;
 class RegionSelector;
 class ScreenRecorder;
 class SettingsWindow;
+class ShutdownDelay;
 class StatusItem;
 class Timer;
 struct Menu;
@@ -70,6 +71,7 @@ private:
     void startDidFail(const std::shared_ptr<ScreenRecorder>& failedRecorder, const std::string& description);
     void stopRecording();
     void encodeAndCopy(std::vector<RecordedFrame> frames);
+    void computerWillShutDown();
     void encodingDidEnd(const Expected<std::filesystem::path, GifEncoderError>& result);
     void showAlert(const std::string& informativeText);
     bool mayCaptureScreen() const;
@@ -94,6 +96,7 @@ private:
     bool memoryRanShort = false;                    // which ended this recording
     std::shared_ptr<RecordingOverlay> overlay;      // while recording
     std::shared_ptr<SettingsWindow> settingsWindow; // while it is open
+    std::shared_ptr<ShutdownDelay> shutdownDelay;   // from a recording's begin until its file is whole
     State state = State::idle;
     std::atomic<double> progress = 0; // of the encoding; written by the background queue
     std::shared_ptr<Timer> sizeIndicatorTimer;

@@ -16,6 +16,7 @@ class Memory;
 class Pasteboard;
 class ScreenCapture;
 class Screens;
+class Session;
 class SettingsViews;
 class StatusBar;
 class Store;
@@ -38,6 +39,7 @@ struct Platform {
     Pasteboard& pasteboard;
     ScreenCapture& screenCapture;
     Screens& screens;
+    Session& session;
     SettingsViews& settingsViews;
     StatusBar& statusBar;
     Store& store;

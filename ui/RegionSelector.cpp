@@ -3,6 +3,7 @@
 #include "base/Weakly.h"
 #include "platform/Application.h"
 #include "platform/Screens.h"
+#include "platform/Session.h"
 #include "platform/Windows.h"
 #include "ui/SelectorWindow.h"
 
@@ -54,12 +55,16 @@ void RegionSelector::show() {
             selector.uncoverScreens();
             selector.coverScreens();
         }));
+    // A locker cannot lock while the keyboard is taken.
+    lockObserver = platform.session.observeWillLock(
+        weakly(shared_from_this(), [](RegionSelector& selector) { selector.complete(std::nullopt); }));
 }
 
 void RegionSelector::complete(std::optional<Rect> rect) {
     if (std::exchange(finished, true)) return;
     keyMonitor.reset();
     screensObserver.reset();
+    lockObserver.reset();
     uncoverScreens();
     onComplete(rect);
 }

@@ -13,6 +13,7 @@ namespace clipwren {
 class KeyMonitor;
 class ScreensObserver;
 class SelectorWindow;
+class SessionObserver;
 
 // Lets the user drag a rectangle on any screen, once. Main thread only.
 class RegionSelector : public std::enable_shared_from_this<RegionSelector> {
@@ -23,8 +24,8 @@ public:
                                                   std::function<void(std::optional<Rect>)> onComplete);
     ~RegionSelector();
 
-    // Puts a window on every screen. Escape then cancels. When the screens change, the selection begins anew
-    // on those that there are then.
+    // Puts a window on every screen. Escape then cancels, and so does a screen that is about to be locked.
+    // When the screens change, the selection begins anew on those that there are then.
     void show();
 
     // The single exit: takes the windows down and reports. A second call does nothing.
@@ -40,6 +41,7 @@ private:
     std::vector<std::shared_ptr<SelectorWindow>> windows;
     std::unique_ptr<KeyMonitor> keyMonitor;
     std::unique_ptr<ScreensObserver> screensObserver;
+    std::unique_ptr<SessionObserver> lockObserver;
     const std::function<void(std::optional<Rect>)> onComplete;
     bool finished = false;
 };

@@ -16,6 +16,7 @@
 #include "platform/linux/qt/QtMainQueue.h"
 #include "platform/linux/qt/QtSettingsView.h"
 #include "platform/linux/qt/X11Pasteboard.h"
+#include "platform/linux/session/LinuxSession.h"
 #include "platform/linux/status/LinuxStatusBar.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11HotKeys.h"
@@ -101,15 +102,16 @@ struct LinuxPlatform::Parts {
     X11HotKeys hotKeys{*display};
     X11Windows windows{*display, screens}; // after the hot keys, which go on while it holds the keyboard
     X11ScreenCapture screenCapture{*display, mainQueue};
+    LinuxSession session{*display};
     X11Pasteboard pasteboard;
     DBusWorkspace workspace;
     LinuxStatusBar statusBar{*display, screens};
     QtSettingsViews settingsViews;
 
-    const Platform ports{alerts,        application, backgroundQueue, canvases,  files,  folders,
-                         hotKeys,       log,         loginItem,       mainQueue, memory, pasteboard,
-                         screenCapture, screens,     settingsViews,   statusBar, store,  windows,
-                         workspace};
+    const Platform ports{alerts,        application, backgroundQueue, canvases,      files,     folders,
+                         hotKeys,       log,         loginItem,       mainQueue,     memory,    pasteboard,
+                         screenCapture, screens,     session,         settingsViews, statusBar, store,
+                         windows,       workspace};
 };
 
 Expected<std::unique_ptr<LinuxPlatform>, PlatformError> LinuxPlatform::connect(int& argc, char** argv) {

@@ -68,6 +68,69 @@ TEST_F(AppDelegateEndsTest, AnEndWithoutARecordingSavesNothing) {
     EXPECT_TRUE(platform.log.lines().empty());
 }
 
+TEST_F(AppDelegateEndsTest, AShutdownWaitsFromTheBeginOfARecordingUntilItsFileIsWhole) {
+    EXPECT_EQ(platform.session.delayCount(), 0);
+    pressHotKey();
+    EXPECT_EQ(platform.session.delayCount(), 0);
+    drag({100, 100}, {420, 340});
+    EXPECT_EQ(platform.session.reasons, (std::vector<std::string>{"A recording is not saved yet"}));
+    EXPECT_EQ(platform.session.delayCount(), 1);
+    deliverFrames(3);
+    pressHotKey();
+    ASSERT_EQ(looks(), Looks::encoding);
+    EXPECT_EQ(platform.session.delayCount(), 1);
+    platform.backgroundQueue.run();
+    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
+    platform.mainQueue.run();
+    EXPECT_EQ(platform.session.delayCount(), 0);
+}
+
+TEST_F(AppDelegateEndsTest, AShutdownDoesNotWaitForTheAnswerToAnAlert) {
+    platform.folders.picturesFolder = "/dev/null/none";
+    startRecording();
+    deliverFrames(3);
+    pressHotKey();
+    platform.alerts.whileShown = [this] { EXPECT_EQ(platform.session.delayCount(), 0); };
+    finishEncoding();
+    EXPECT_EQ(platform.alerts.shown.size(), 1u);
+}
+
+TEST_F(AppDelegateEndsTest, AShutdownDoesNotWaitForARecordingThatCouldNotStart) {
+    platform.screenCapture.startError = PlatformError{"Not now."};
+    pressHotKey();
+    drag({100, 100}, {420, 340});
+    EXPECT_EQ(platform.alerts.shown.size(), 1u);
+    EXPECT_EQ(looks(), Looks::idle);
+    EXPECT_EQ(platform.session.delayCount(), 0);
+}
+
+TEST_F(AppDelegateEndsTest, AShutdownEndsTheProgramWhichSavesTheRecording) {
+    startRecording();
+    deliverFrames(3);
+    platform.session.willShutDown();
+    EXPECT_TRUE(platform.application.isTerminated);
+    delegate->applicationWillTerminate();
+    EXPECT_FALSE(overlayIsShown());
+    EXPECT_FALSE(std::filesystem::exists(expectedFile()));
+    delegate.reset();
+    EXPECT_EQ(platform.session.delayCount(), 1) << "held by what is still being saved";
+    platform.backgroundQueue.run();
+    EXPECT_TRUE(std::filesystem::is_regular_file(expectedFile()));
+    EXPECT_EQ(platform.session.delayCount(), 0);
+}
+
+TEST_F(AppDelegateEndsTest, AShutdownLetsAnEncodingEndAndTheGifReachTheClipboard) {
+    startRecording();
+    deliverFrames(3);
+    pressHotKey();
+    platform.session.willShutDown();
+    EXPECT_FALSE(platform.application.isTerminated);
+    finishEncoding();
+    EXPECT_EQ(platform.pasteboard.items, (std::vector{expectedFile()}));
+    platform.session.willShutDown();
+    EXPECT_FALSE(platform.application.isTerminated);
+}
+
 TEST_F(AppDelegateEndsTest, LateCallsAfterTheDelegatesEndDoNothing) {
     pressHotKey();
     const auto registration = platform.hotKeys.registrations.begin()->second.identifier;

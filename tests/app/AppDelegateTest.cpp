@@ -130,6 +130,28 @@ TEST_F(AppDelegateTest, EscapeReturnsToIdle) {
     EXPECT_TRUE(platform.screenCapture.streams.empty());
 }
 
+TEST_F(AppDelegateTest, ALockEndsASelectionAndNothingElse) {
+    platform.session.willLock();
+    EXPECT_EQ(looks(), Looks::idle);
+    pressHotKey();
+    ASSERT_EQ(looks(), Looks::selecting);
+    platform.session.willLock();
+    platform.mainQueue.run();
+    EXPECT_EQ(looks(), Looks::idle);
+    EXPECT_TRUE(platform.windows.visible().empty());
+    EXPECT_TRUE(platform.screenCapture.streams.empty());
+
+    startRecording();
+    platform.session.willLock();
+    platform.mainQueue.run();
+    EXPECT_EQ(looks(), Looks::recording);
+    pressHotKey();
+    platform.session.willLock();
+    EXPECT_EQ(looks(), Looks::encoding);
+    finishEncoding();
+    EXPECT_EQ(looks(), Looks::idle);
+}
+
 TEST_F(AppDelegateTest, ATooSmallDragNeverRecordsExactlyEightByEightDoes) {
     pressHotKey();
     drag({10, 10}, {17.9, 310});

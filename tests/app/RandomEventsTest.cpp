@@ -25,6 +25,8 @@ struct Tally {
     long cancelled = 0;
     long autoStops = 0;
     long settingsOpened = 0;
+    long locked = 0;
+    long shutDown = 0;
 };
 
 // One life of the program in which anything may happen at any time, also while an alert is up. After every
@@ -44,7 +46,7 @@ public:
     }
 
     void happen() {
-        switch (pick(19)) {
+        switch (pick(21)) {
         case 0:
         case 1:
         case 2: platform.hotKeys.press(KeyCode::g, commandShift); break;
@@ -70,6 +72,8 @@ public:
             break;
         case 17: changeASetting(); break;
         case 18: delegate->applicationShouldHandleReopen(); break;
+        case 19: lock(); break;
+        case 20: shutDown(); break;
         }
         if (pick(3) != 0) platform.mainQueue.run();
         checkLaws();
@@ -115,6 +119,7 @@ public:
         EXPECT_FALSE(item().exists);
         EXPECT_TRUE(platform.hotKeys.registrations.empty());
         EXPECT_EQ(platform.windows.keyMonitorCount, 0);
+        EXPECT_EQ(platform.session.delayCount(), 0);
         for (const auto& window : platform.windows.made)
             EXPECT_TRUE(window->isDestroyed);
         for (const auto& stream : platform.screenCapture.streams)
@@ -178,6 +183,8 @@ private:
         tally.failedStarts += alerts("Could not start recording: ");
         tally.cancelled += told("monitor keys") - count("record.circle.fill");
         tally.autoStops += autoStops;
+        tally.locked += lockedSelections;
+        tally.shutDown += shutdowns;
         tally.settingsOpened += static_cast<long>(platform.settingsViews.made.size());
     }
 
@@ -201,6 +208,21 @@ private:
         case 3: view->clickReset(); break;
         case 4: view->switchLaunchAtLogin(pick(2) == 0); break;
         }
+    }
+
+    void lock() {
+        lockedSelections += platform.windows.keyMonitorCount;
+        platform.session.willLock();
+        EXPECT_EQ(platform.windows.keyMonitorCount, 0) << "the keyboard is free for a locker";
+    }
+    // The event loop goes on: it may be given up before it ends.
+    void shutDown() {
+        const bool recording = item().symbolName == "record.circle.fill";
+        platform.application.isTerminated = false; // the user quits now and then
+        platform.session.willShutDown();
+        if (!platform.application.isTerminated) return;
+        EXPECT_TRUE(recording);
+        ++shutdowns;
     }
 
     void drag() {
@@ -269,6 +291,10 @@ private:
             EXPECT_EQ(selectors, 0);
         }
         EXPECT_EQ(item().menu == nullptr, recording);
+        if (recording) {
+            EXPECT_EQ(platform.session.delayCount(), 1);
+        }
+        EXPECT_LE(platform.session.delayCount(), beforeRecording ? 0 : 1);
         EXPECT_EQ(item().title.text.empty(), !recording);
         long running = 0;
         for (const auto& stream : platform.screenCapture.streams)
@@ -282,6 +308,8 @@ private:
     int alertDepth = 0;
     std::int64_t frameTime = 0;
     long autoStops = 0;
+    long lockedSelections = 0;
+    long shutdowns = 0;
 };
 
 TEST(RandomEvents, TheLawsHoldWhateverHappens) {
@@ -298,13 +326,13 @@ TEST(RandomEvents, TheLawsHoldWhateverHappens) {
     }
     if (testing::Test::HasFailure()) return;
     for (const long times : {tally.gifs, tally.failedSaves, tally.failedStarts, tally.cancelled,
-                             tally.autoStops, tally.settingsOpened})
+                             tally.autoStops, tally.settingsOpened, tally.locked, tally.shutDown})
         EXPECT_GT(times, 100);
     std::printf(
         "%ld GIFs, %ld failed saves, %ld failed starts, %ld selections without recording, %ld auto-stops, "
-        "%ld settings windows\n",
+        "%ld settings windows, %ld selections ended by a lock, %ld recordings by a shutdown\n",
         tally.gifs, tally.failedSaves, tally.failedStarts, tally.cancelled, tally.autoStops,
-        tally.settingsOpened);
+        tally.settingsOpened, tally.locked, tally.shutDown);
 }
 
 } // namespace

@@ -32,15 +32,16 @@ struct FakePlatform {
     FakePasteboard pasteboard;
     FakeScreenCapture screenCapture{mainQueue};
     FakeScreens screens;
+    FakeSession session;
     FakeSettingsViews settingsViews;
     FakeStatusBar statusBar;
     FakeStore store;
     FakeWindows windows;
     FakeWorkspace workspace;
 
-    Platform ports{alerts,        application, backgroundQueue, canvases, files,      folders,       hotKeys,
-                   log,           loginItem,   mainQueue,       memory,   pasteboard, screenCapture, screens,
-                   settingsViews, statusBar,   store,           windows,  workspace};
+    Platform ports{alerts,  application,   backgroundQueue, canvases, files,      folders,       hotKeys,
+                   log,     loginItem,     mainQueue,       memory,   pasteboard, screenCapture, screens,
+                   session, settingsViews, statusBar,       store,    windows,    workspace};
 
     ~FakePlatform() {
         // Waiting work may hold objects of the core, which need the ports until they are gone.

@@ -8,6 +8,7 @@
 #include "platform/Memory.h"
 #include "platform/Pasteboard.h"
 #include "platform/Screens.h"
+#include "platform/Session.h"
 #include "platform/Workspace.h"
 
 #include <atomic>
@@ -136,6 +137,49 @@ public:
 
 private:
     FakeObservers<ScreensObserver> observers;
+};
+
+// A session that a test locks and shuts down.
+class FakeSession : public Session {
+public:
+    // For what each delay was asked, in order.
+    std::vector<std::string> reasons;
+
+    // A locker is about to start, or the computer to sleep.
+    void willLock() { observers.tell(); }
+    // The computer is about to be switched off.
+    void willShutDown() {
+        for (const auto& weakDelay : std::vector(delays))
+            if (const auto delay = weakDelay.lock())
+                if (const auto handler = std::exchange(delay->handler, nullptr)) handler();
+    }
+    // How many hold the computer up now.
+    int delayCount() const {
+        int count = 0;
+        for (const auto& delay : delays)
+            count += delay.expired() ? 0 : 1;
+        return count;
+    }
+
+    std::unique_ptr<SessionObserver> observeWillLock(std::function<void()> handler) override {
+        return observers.add(std::move(handler));
+    }
+    std::shared_ptr<ShutdownDelay> delayShutdown(const std::string& reason,
+                                                 std::function<void()> willShutDown) override {
+        reasons.push_back(reason);
+        auto delay = std::make_shared<Delay>();
+        delay->handler = std::move(willShutDown);
+        std::erase_if(delays, [](const auto& known) { return known.expired(); });
+        delays.push_back(delay);
+        return delay;
+    }
+
+private:
+    struct Delay : ShutdownDelay {
+        std::function<void()> handler;
+    };
+    FakeObservers<SessionObserver> observers;
+    std::vector<std::weak_ptr<Delay>> delays;
 };
 
 class FakeMemory : public Memory {

@@ -1,6 +1,6 @@
 #!/bin/bash
-# A virtual X11 desktop of its own: server, monitors, window manager, compositor, panel, D-Bus session and home
-# folder. Nothing of the caller's session is seen or changed.
+# A virtual X11 desktop of its own: server, monitors, window manager, compositor, panel, D-Bus session, an empty
+# system bus and home folder. Nothing of the caller's session is seen or changed.
 #
 #   desktop.sh [options] -- command [arguments]   runs a command inside; its exit status is passed on
 #   desktop.sh [options] -s shot.png              brings it up, takes a screenshot, takes it down
@@ -166,6 +166,21 @@ background dbus dbus-daemon --session --nofork --nopidfile --print-address=8
 read -r -t 10 DBUS_SESSION_BUS_ADDRESS <&8 || fail 'no D-Bus session' dbus
 exec 8>&-
 export DBUS_SESSION_BUS_ADDRESS
+
+# The computer's own system bus would let a test put its user's screen to sleep.
+cat >"$folder/system-bus.conf" <<CONFIGURATION
+<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <listen>unix:path=$folder/system-bus</listen>
+  <policy context="default">
+    <allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/><allow user="*"/>
+  </policy>
+</busconfig>
+CONFIGURATION
+background system-bus dbus-daemon --config-file="$folder/system-bus.conf" --nofork --nopidfile
+await 10 test -S "$folder/system-bus" || fail 'no system bus' system-bus
+export DBUS_SYSTEM_BUS_ADDRESS=unix:path=$folder/system-bus
 
 # The monitors of the chosen number; with xorg all at once, so that nobody sees a layout in between.
 layOut() {

@@ -72,6 +72,18 @@ TEST_F(RegionSelectorTest, EscapeCancelsAndIsSwallowedOtherKeysPass) {
     EXPECT_FALSE(platform.windows.pressKey(KeyCode::escape));
 }
 
+TEST_F(RegionSelectorTest, ALockCancelsAlsoDuringADrag) {
+    platform.session.willLock(); // before it is anybody's business
+    selector->show();
+    window(1).mouseDown({10, 10});
+    window(1).mouseDragged({200, 200});
+    platform.session.willLock();
+    EXPECT_EQ(outcomes, (std::vector<std::optional<Rect>>{std::nullopt}));
+    EXPECT_TRUE(window(0).isDestroyed && window(1).isDestroyed);
+    platform.session.willLock();
+    EXPECT_EQ(outcomes.size(), 1u);
+}
+
 TEST_F(RegionSelectorTest, OnlyTheFirstCompletionCounts) {
     selector->show();
     selector->complete(Rect{1, 2, 30, 40});

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "platform/Session.h"
+#include "platform/linux/Listeners.h"
+#include "platform/linux/session/BusSignals.h"
+#include "platform/linux/session/Logind.h"
+#include "platform/linux/x11/X11ScreenSaver.h"
+
+#include <QDBusConnection>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+
+namespace clipwren {
+
+// The session of a Linux desktop under X11: what logind on the system bus, screen savers on the session bus
+// and the X server's own screen saver tell of it. Main thread only.
+//
+// The buses are reached at the first call, on a thread of its own: until then the program costs nothing, and
+// a bus that does not answer holds up nobody. Where there is none, the rest works.
+class LinuxSession final : public Session {
+public:
+    // The connection outlives this object.
+    explicit LinuxSession(X11Connection& connection);
+    ~LinuxSession() override;
+    LinuxSession(const LinuxSession&) = delete;
+    LinuxSession& operator=(const LinuxSession&) = delete;
+
+    // Also called when nobody has touched mouse or keyboard for `idleMilliseconds`: a program that locks an
+    // idle screen by a clock of its own tells nobody, and after less than a minute none does.
+    std::unique_ptr<SessionObserver> observeWillLock(std::function<void()> handler) override;
+    static constexpr int idleMilliseconds = 50'000;
+
+    std::shared_ptr<ShutdownDelay> delayShutdown(const std::string& reason,
+                                                 std::function<void()> willShutDown) override;
+
+private:
+    class Observer;
+    void reachBuses();
+    void listenToScreenSavers();
+    void heardScreenSaver(const QDBusMessage& signal);
+
+    Listeners willLock;
+    X11ScreenSaver screenSaver;
+    bool watchesScreenSaver = false;
+    BusSignals screenSaverSignals;
+    Logind logind;
+    bool busesAreSought = false;
+    QObject context; // what comes from the other thread hangs on
+    std::thread reaching;
+};
+
+} // namespace clipwren
