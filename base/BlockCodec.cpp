@@ -59,9 +59,10 @@ int packedSize(int colorCount, std::uint64_t repeated) {
 
 struct Colors {
     std::array<Pixel, largestColorCount> palette;
-    std::array<std::uint8_t, pixelCount> indices; // of the groups that are not repeated, one after another
-    std::uint64_t repeated = 0;                   // a bit for each group
-    int count = 0;                                // 0: too many
+    // Of the groups that are not repeated, one after another; the last one may be written beyond its end.
+    std::array<std::uint8_t, pixelCount + groupSize> indices;
+    std::uint64_t repeated = 0; // a bit for each group
+    int count = 0;              // 0: too many
 };
 
 // So many are worth a palette always.
@@ -75,15 +76,21 @@ bool areWorthMore(int group, const Pixel* pixels) {
     return packedSize(64, repeatedGroups(pixels)) * 5 / 4 < estimatedPlanesSize(pixels);
 }
 
+// A bit for each pixel of the group that begins a run of equal ones.
+unsigned runsIn(const Pixel* group) {
+    unsigned starts = 1;
+    for (int i = 1; i < groupSize; ++i)
+        starts |= group[i] != group[i - 1] ? 1u << i : 0;
+    return starts;
+}
+
 void findColors(const Pixel* pixels, Colors& colors) {
     // A slot for each colour, found by its hash. Nothing in it means the first colour, whose pixels are
     // found in any slot that no other colour has taken.
     constexpr unsigned slotCount = 1024;
     const auto slotOf = [](Pixel color) { return color * 2654435761u >> 22; };
     std::array<std::uint8_t, slotCount> slots{};
-    Pixel color = pixels[0];
-    std::uint8_t index = 0;
-    colors.palette[0] = color;
+    colors.palette[0] = pixels[0];
     colors.count = 1;
     int most = fewColors;
     std::uint8_t* out = colors.indices.data();
@@ -93,30 +100,30 @@ void findColors(const Pixel* pixels, Colors& colors) {
             continue;
         }
         const Pixel* group = pixels + number * groupSize;
-        for (int i = 0; i < groupSize; ++i) {
-            if (group[i] != color) {
-                color = group[i];
-                unsigned slot = slotOf(color);
-                while (colors.palette[slots[slot]] != color) {
-                    if (slots[slot] != 0) {
-                        slot = (slot + 1) % slotCount;
-                        continue;
-                    }
-                    if (colors.count == most) {
-                        if (most == fewColors && areWorthMore(number, pixels)) {
-                            most = largestColorCount;
-                        } else {
-                            colors.count = 0;
-                            return;
-                        }
-                    }
-                    slots[slot] = static_cast<std::uint8_t>(colors.count);
-                    colors.palette[static_cast<std::size_t>(colors.count++)] = color;
+        for (unsigned starts = runsIn(group); starts != 0; starts &= starts - 1) {
+            const int start = std::countr_zero(starts);
+            const Pixel color = group[start];
+            unsigned slot = slotOf(color);
+            while (colors.palette[slots[slot]] != color) {
+                if (slots[slot] != 0) {
+                    slot = (slot + 1) % slotCount;
+                    continue;
                 }
-                index = slots[slot];
+                if (colors.count == most) {
+                    if (most == fewColors && areWorthMore(number, pixels)) {
+                        most = largestColorCount;
+                    } else {
+                        colors.count = 0;
+                        return;
+                    }
+                }
+                slots[slot] = static_cast<std::uint8_t>(colors.count);
+                colors.palette[static_cast<std::size_t>(colors.count++)] = color;
             }
-            *out++ = index;
+            // As many as a run can have: what is too much the next one overwrites.
+            std::memset(out + start, slots[slot], groupSize);
         }
+        out += groupSize;
     }
 }
 

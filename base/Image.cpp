@@ -26,55 +26,93 @@ bool rowsDiffer(const Pixel* from, const Pixel* to, int count, Pixel bits) {
     return difference != 0;
 }
 
+// Gives a painted row its alpha; something else than zero when it differs from what was there before.
+Pixel takeRow(Pixel* row, const Pixel* before, int count, Pixel bits) {
+    Pixel difference = 0;
+    for (int i = 0; i < count; ++i) {
+        row[i] |= bits;
+        difference |= row[i] ^ before[i];
+    }
+    return difference;
+}
+
 } // namespace
 
-Image::Image(PixelSize size, std::shared_ptr<const BlockTable> blocks)
-    : size(size),
-      blocks(std::move(blocks)) {}
+// The rows of blocks of a new picture: those of the old one, but for the blocks that are written.
+class Image::Successor {
+public:
+    explicit Successor(const Image& before)
+        : before(before),
+          rows(*before.rows),
+          fresh(rows.size(), nullptr) {}
 
-Image::Image(PixelSize size, std::vector<BlockPointer> blocks)
+    const BlockPointer& at(int column, int row) const {
+        return (*rows[static_cast<std::size_t>(row)])[static_cast<std::size_t>(column)];
+    }
+    void set(int column, int row, BlockPointer block) {
+        const auto index = static_cast<std::size_t>(row);
+        if (!fresh[index]) {
+            auto copy = std::make_shared<BlockRow>(*rows[index]);
+            fresh[index] = copy.get();
+            rows[index] = std::move(copy);
+        }
+        (*fresh[index])[static_cast<std::size_t>(column)] = std::move(block);
+    }
+    Image take() { return {before.size, std::move(rows)}; }
+
+private:
+    const Image& before;
+    std::vector<RowPointer> rows;
+    std::vector<BlockRow*> fresh; // the rows made here: they may still be written
+};
+
+Image::Image(PixelSize size, std::vector<RowPointer> rows)
     : size(size),
-      blocks(std::make_shared<const BlockTable>(std::move(blocks))) {}
+      rows(std::make_shared<const std::vector<RowPointer>>(std::move(rows))) {}
 
 Image::Image(const PixelView& view, Alpha alpha) : size{view.width, view.height} {
     if (view.width < 1 || view.height < 1) fatalError("an image needs at least one pixel");
-    auto table = std::make_shared<BlockTable>();
-    table->reserve(index(0, blockRows()));
+    std::vector<RowPointer> table;
     for (int row = 0; row < blockRows(); ++row) {
+        BlockRow blocks;
+        blocks.reserve(static_cast<std::size_t>(blockColumns()));
         for (int column = 0; column < blockColumns(); ++column) {
             const PixelRect rect = blockRect(column, row);
             auto block = makeBlock(rect);
             for (int y = 0; y < rect.height; ++y)
                 copyRow(view.row(rect.y + y) + rect.x, block->data() + y * blockWidth, rect.width,
                         alphaBits(alpha));
-            table->push_back(shared(*table, std::move(block)));
+            // Empty areas are large: a block like the one to the left or above is that one.
+            if (!blocks.empty() && *blocks.back() == *block)
+                blocks.push_back(blocks.back());
+            else if (row > 0 && *(*table.back())[blocks.size()] == *block)
+                blocks.push_back((*table.back())[blocks.size()]);
+            else
+                blocks.push_back(std::move(block));
         }
+        table.push_back(std::make_shared<const BlockRow>(std::move(blocks)));
     }
-    blocks = std::move(table);
-}
-
-// Empty areas are large: a block like the one to the left or above is that one.
-Image::BlockPointer Image::shared(const BlockTable& table, BlockPointer block) const {
-    const auto columns = static_cast<std::size_t>(blockColumns());
-    if (!table.empty() && *table.back() == *block) return table.back();
-    if (table.size() >= columns && *table[table.size() - columns] == *block)
-        return table[table.size() - columns];
-    return block;
+    rows = std::make_shared<const std::vector<RowPointer>>(std::move(table));
 }
 
 Image Image::replacing(std::span<const Patch> patches, Alpha alpha) const {
     const Pixel bits = alphaBits(alpha);
-    auto table = std::make_shared<BlockTable>(*blocks);
-    // The blocks made in this call, by position: they may still be written, those of the old picture may not.
-    std::vector<Block*> fresh(blocks->size(), nullptr);
-    const auto writable = [&](std::size_t position, const PixelRect& area, bool isWrittenWhole) {
-        if (!fresh[position]) {
-            auto block = makeBlock(area);
-            if (!isWrittenWhole) *block = *(*blocks)[position];
-            fresh[position] = block.get();
-            (*table)[position] = std::move(block);
-        }
-        return fresh[position];
+    Successor next(*this);
+    // The blocks made in this call: they may still be written, those of the old picture may not.
+    struct Fresh {
+        int column;
+        int row;
+        Block* block;
+    };
+    std::vector<Fresh> fresh;
+    const auto writable = [&](int column, int row, const PixelRect& area, bool isWrittenWhole) {
+        const BlockPointer& now = next.at(column, row);
+        if (now != block(column, row)) return const_cast<Block*>(now.get());
+        auto made = makeBlock(area);
+        if (!isWrittenWhole) *made = *now;
+        fresh.push_back({column, row, made.get()});
+        next.set(column, row, std::move(made));
+        return fresh.back().block;
     };
 
     for (const Patch& patch : patches) {
@@ -84,7 +122,6 @@ Image Image::replacing(std::span<const Patch> patches, Alpha alpha) const {
             for (int column = clipped.x / blockWidth; column * blockWidth < clipped.maxX(); ++column) {
                 const PixelRect blockArea = blockRect(column, row);
                 const PixelRect part = clipped.intersection(blockArea);
-                const std::size_t position = index(column, row);
                 const auto source = [&](int y) {
                     return patch.pixels + (y - patch.rect.y) * patch.stride + (part.x - patch.rect.x);
                 };
@@ -92,12 +129,12 @@ Image Image::replacing(std::span<const Patch> patches, Alpha alpha) const {
                     return (y - blockArea.y) * blockWidth + (part.x - blockArea.x);
                 };
                 // Up to the first row that differs nothing is copied: most reported damage changes nothing.
-                const Pixel* before = (*table)[position]->data();
+                const Pixel* before = next.at(column, row)->data();
                 int y = part.y;
                 while (y < part.maxY() && !rowsDiffer(source(y), before + offset(y), part.width, bits))
                     ++y;
                 if (y == part.maxY()) continue;
-                Block* target = writable(position, blockArea, part == blockArea);
+                Block* target = writable(column, row, blockArea, part == blockArea);
                 for (y = part.y; y < part.maxY(); ++y)
                     copyRow(source(y), target->data() + offset(y), part.width, bits);
             }
@@ -105,10 +142,39 @@ Image Image::replacing(std::span<const Patch> patches, Alpha alpha) const {
     }
     // A later patch may have undone an earlier one.
     if (patches.size() > 1)
-        for (std::size_t position = 0; position < fresh.size(); ++position)
-            if (fresh[position] && *fresh[position] == *(*blocks)[position])
-                (*table)[position] = (*blocks)[position];
-    return {size, std::move(table)};
+        for (const Fresh& each : fresh)
+            if (*each.block == *block(each.column, each.row))
+                next.set(each.column, each.row, block(each.column, each.row));
+    return next.take();
+}
+
+Image Image::repainting(std::span<const PixelRect> rects, const Painter& paint, Alpha alpha) const {
+    const Pixel bits = alphaBits(alpha);
+    const auto columns = static_cast<std::size_t>(blockColumns());
+    std::vector<std::uint8_t> isTouched(columns * static_cast<std::size_t>(blockRows()), 0);
+    for (const PixelRect& rect : rects) {
+        const PixelRect clipped = rect.intersection(bounds());
+        for (int row = clipped.y / blockHeight; row * blockHeight < clipped.maxY(); ++row)
+            for (int column = clipped.x / blockWidth; column * blockWidth < clipped.maxX(); ++column)
+                isTouched[static_cast<std::size_t>(row) * columns + static_cast<std::size_t>(column)] = 1;
+    }
+    Successor next(*this);
+    std::shared_ptr<Block> painted; // used again when its pixels turn out to be the old ones
+    for (std::size_t position = 0; position < isTouched.size(); ++position) {
+        if (!isTouched[position]) continue;
+        const int row = static_cast<int>(position / columns), column = static_cast<int>(position % columns);
+        const PixelRect part = blockRect(column, row);
+        if (!painted) painted = makeBlock();
+        if (part.width < blockWidth || part.height < blockHeight) painted->fill(0);
+        paint(part, painted->data());
+        const Pixel* before = blockPixels(column, row);
+        Pixel difference = 0;
+        for (int y = 0; y < part.height; ++y)
+            difference |=
+                takeRow(painted->data() + y * blockWidth, before + y * blockWidth, part.width, bits);
+        if (difference != 0) next.set(column, row, std::move(painted));
+    }
+    return next.take();
 }
 
 std::shared_ptr<Image::Block> Image::makeBlock() {
@@ -129,10 +195,13 @@ PixelRect Image::blockRect(int column, int row) const {
 std::vector<PixelRect> Image::blocksDiffering(const Image& other) const {
     const bool comparable = size == other.size;
     std::vector<PixelRect> differing;
-    if (comparable && blocks == other.blocks) return differing;
-    for (int row = 0; row < blockRows(); ++row)
+    if (comparable && rows == other.rows) return differing;
+    for (int row = 0; row < blockRows(); ++row) {
+        const auto index = static_cast<std::size_t>(row);
+        if (comparable && (*rows)[index] == (*other.rows)[index]) continue;
         for (int column = 0; column < blockColumns(); ++column)
             if (!comparable || !sharesBlock(other, column, row)) differing.push_back(blockRect(column, row));
+    }
     return differing;
 }
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -27,9 +28,10 @@ struct PixelView {
 
 // An immutable picture made of shared blocks.
 //
-// Two pictures of which one was made from the other by `replacing` share every block that did not change, so
-// a recording costs memory for what changed, and asking whether a block changed is a pointer comparison. An
-// Image is a handle: copying it copies no pixels. Thread-safe as every immutable value is.
+// Two pictures of which one was made from the other by `replacing` or `repainting` share every block that did
+// not change, and every row of blocks without such a change. So a recording costs memory and time for what
+// changed, and asking whether a block changed is a pointer comparison. An Image is a handle: copying it
+// copies no pixels. Thread-safe as every immutable value is.
 class Image {
 public:
     static constexpr int blockWidth = 64;
@@ -38,6 +40,8 @@ public:
     // Rows of blockWidth pixels. What lies beyond the picture's edges is zero.
     using Block = std::array<Pixel, std::size_t{blockWidth} * blockHeight>;
     using BlockPointer = std::shared_ptr<const Block>;
+    using BlockRow = std::vector<BlockPointer>;
+    using RowPointer = std::shared_ptr<const BlockRow>;
 
     // New pixels for one rectangle: `pixels` points at the pixel of the rectangle's top left corner.
     struct Patch {
@@ -52,12 +56,18 @@ public:
     // Copies the view, whose width and height are at least 1.
     explicit Image(const PixelView& view, Alpha alpha = Alpha::kept);
 
-    // Takes the blocks of a whole grid, row by row from the top left.
-    Image(PixelSize size, std::vector<BlockPointer> blocks);
+    // Takes the rows of a whole grid of blocks from the top.
+    Image(PixelSize size, std::vector<RowPointer> rows);
 
     // The same picture with the patches laid over it, in their order; each is clipped to the picture. A block
     // whose pixels come out as they were is shared all the same.
     Image replacing(std::span<const Patch> patches, Alpha alpha = Alpha::kept) const;
+
+    // The same picture with every block painted anew that any of the rectangles touches, each once and whole.
+    // `paint` fills the part of the picture that it is told of, in rows of blockWidth pixels. A block whose
+    // pixels come out as they were is shared all the same.
+    using Painter = std::function<void(const PixelRect& part, Pixel* pixels)>;
+    Image repainting(std::span<const PixelRect> rects, const Painter& paint, Alpha alpha = Alpha::kept) const;
 
     int width() const { return size.width; }
     int height() const { return size.height; }
@@ -72,8 +82,8 @@ public:
     int blockRows() const { return (size.height + blockHeight - 1) / blockHeight; }
     PixelRect blockRect(int column, int row) const;
 
-    // The grid's blocks themselves, for other ways to keep a picture.
-    std::span<const BlockPointer> allBlocks() const { return *blocks; }
+    // The grid's blocks themselves, for other ways to keep a picture. Rows that are the same hold the same.
+    std::span<const RowPointer> allRows() const { return *rows; }
 
     // A block to be filled: its pixels are undefined.
     static std::shared_ptr<Block> makeBlock();
@@ -98,23 +108,17 @@ public:
     Pixel pixel(int x, int y) const;
 
 private:
-    using BlockTable = std::vector<BlockPointer>;
-
-    Image(PixelSize size, std::shared_ptr<const BlockTable> blocks);
-
     // With zeros beyond the picture's edges.
     static std::shared_ptr<Block> makeBlock(const PixelRect& area);
 
-    BlockPointer shared(const BlockTable& table, BlockPointer block) const;
+    class Successor; // a picture that is made from another one
 
-    std::size_t index(int column, int row) const {
-        return static_cast<std::size_t>(row) * static_cast<std::size_t>(blockColumns()) +
-               static_cast<std::size_t>(column);
+    const BlockPointer& block(int column, int row) const {
+        return (*(*rows)[static_cast<std::size_t>(row)])[static_cast<std::size_t>(column)];
     }
-    const BlockPointer& block(int column, int row) const { return (*blocks)[index(column, row)]; }
 
     PixelSize size;
-    std::shared_ptr<const BlockTable> blocks;
+    std::shared_ptr<const std::vector<RowPointer>> rows;
 };
 
 } // namespace clipwren

@@ -8,21 +8,31 @@
 namespace clipwren {
 
 PackedImage ImagePacker::pack(const Image& image) {
-    const auto blocks = image.allBlocks();
-    const bool comparable = lastImage && lastImage->bounds() == image.bounds();
-    PackedImage::Blocks packed;
-    packed.reserve(blocks.size());
-    for (std::size_t i = 0; i < blocks.size(); ++i)
-        packed.push_back(comparable && blocks[i] == lastImage->allBlocks()[i] ? (*lastPacked->blocks)[i]
-                                                                              : pack(*blocks[i]));
+    const auto rows = image.allRows();
+    if (lastImage && lastImage->bounds() != image.bounds()) lastImage.reset();
+    std::vector<PackedImage::RowPointer> packed;
+    packed.reserve(rows.size());
+    for (std::size_t row = 0; row < rows.size(); ++row)
+        packed.push_back(lastImage && rows[row] == lastImage->allRows()[row] ? (*lastPacked->rows)[row]
+                                                                             : pack(row, *rows[row]));
     bytes += static_cast<std::int64_t>(packed.size() * sizeof packed.front());
     lastImage = image;
-    lastPacked = PackedImage({image.width(), image.height()},
-                             std::make_shared<const PackedImage::Blocks>(std::move(packed)));
+    lastPacked = PackedImage({image.width(), image.height()}, std::move(packed));
     return *lastPacked;
 }
 
-std::shared_ptr<const std::uint8_t> ImagePacker::pack(const Image::Block& block) {
+PackedImage::RowPointer ImagePacker::pack(std::size_t row, const Image::BlockRow& blocks) {
+    PackedImage::BlockRow packed;
+    packed.reserve(blocks.size());
+    for (std::size_t i = 0; i < blocks.size(); ++i)
+        packed.push_back(lastImage && blocks[i] == (*lastImage->allRows()[row])[i]
+                             ? (*(*lastPacked->rows)[row])[i]
+                             : pack(*blocks[i]));
+    bytes += static_cast<std::int64_t>(packed.size() * sizeof packed.front());
+    return std::make_shared<const PackedImage::BlockRow>(std::move(packed));
+}
+
+PackedImage::BlockPointer ImagePacker::pack(const Image::Block& block) {
     if (!piece || used + largestPackedBlock > piece->size()) {
         piece = std::allocate_shared_for_overwrite<Piece>(BlockAllocator<Piece>());
         used = 0;
@@ -36,21 +46,31 @@ std::shared_ptr<const std::uint8_t> ImagePacker::pack(const Image::Block& block)
 
 Image ImageUnpacker::unpack(const PackedImage& packed) {
     const bool comparable = lastPacked && lastPacked->size == packed.size;
-    std::vector<Image::BlockPointer> blocks;
-    blocks.reserve(packed.blocks->size());
-    for (std::size_t i = 0; i < packed.blocks->size(); ++i) {
-        const auto& source = (*packed.blocks)[i];
-        if (comparable && source == (*lastPacked->blocks)[i]) {
-            blocks.push_back(lastImage->allBlocks()[i]);
+    std::vector<Image::RowPointer> rows;
+    rows.reserve(packed.rows->size());
+    for (std::size_t row = 0; row < packed.rows->size(); ++row) {
+        const PackedImage::RowPointer& source = (*packed.rows)[row];
+        const PackedImage::RowPointer last = comparable ? (*lastPacked->rows)[row] : nullptr;
+        if (source == last) {
+            rows.push_back(lastImage->allRows()[row]);
             continue;
         }
-        auto block = Image::makeBlock();
-        unpackBlock(source.get(), block->data());
-        blocks.push_back(std::move(block));
+        Image::BlockRow blocks;
+        blocks.reserve(source->size());
+        for (std::size_t i = 0; i < source->size(); ++i)
+            blocks.push_back(last && (*source)[i] == (*last)[i] ? (*lastImage->allRows()[row])[i]
+                                                                : unpack((*source)[i].get()));
+        rows.push_back(std::make_shared<const Image::BlockRow>(std::move(blocks)));
     }
     lastPacked = packed;
-    lastImage = Image(packed.size, std::move(blocks));
+    lastImage = Image(packed.size, std::move(rows));
     return *lastImage;
+}
+
+Image::BlockPointer ImageUnpacker::unpack(const std::uint8_t* packed) {
+    auto block = Image::makeBlock();
+    unpackBlock(packed, block->data());
+    return block;
 }
 
 } // namespace clipwren

@@ -19,13 +19,15 @@ private:
     friend class ImagePacker;
     friend class ImageUnpacker;
 
-    using Blocks = std::vector<std::shared_ptr<const std::uint8_t>>;
-    PackedImage(PixelSize size, std::shared_ptr<const Blocks> blocks)
+    using BlockPointer = std::shared_ptr<const std::uint8_t>;
+    using BlockRow = std::vector<BlockPointer>;
+    using RowPointer = std::shared_ptr<const BlockRow>;
+    PackedImage(PixelSize size, std::vector<RowPointer> rows)
         : size(size),
-          blocks(std::move(blocks)) {}
+          rows(std::make_shared<const std::vector<RowPointer>>(std::move(rows))) {}
 
     PixelSize size;
-    std::shared_ptr<const Blocks> blocks;
+    std::shared_ptr<const std::vector<RowPointer>> rows;
 };
 
 // Packs one picture after another. What a picture shares with the one before is packed once and shared by
@@ -34,13 +36,14 @@ class ImagePacker {
 public:
     PackedImage pack(const Image& image);
 
-    // How much memory the pictures packed so far take, what they share counted once.
+    // About how much memory the pictures packed so far take, what they share counted once.
     std::int64_t byteCount() const { return bytes; }
 
 private:
     // Packed blocks lie one after another in large pieces of memory, which stay while any of theirs is used.
     using Piece = std::array<std::uint8_t, 130'000>;
-    std::shared_ptr<const std::uint8_t> pack(const Image::Block& block);
+    PackedImage::RowPointer pack(std::size_t row, const Image::BlockRow& blocks);
+    PackedImage::BlockPointer pack(const Image::Block& block);
 
     std::shared_ptr<Piece> piece;
     std::size_t used = 0; // bytes of the piece
@@ -56,6 +59,8 @@ public:
     Image unpack(const PackedImage& packed);
 
 private:
+    static Image::BlockPointer unpack(const std::uint8_t* packed);
+
     std::optional<PackedImage> lastPacked;
     std::optional<Image> lastImage; // made from it
 };

@@ -128,6 +128,33 @@ TEST(Image, AnUndoneChangeIsNoChange) {
     EXPECT_TRUE(second.blocksDiffering(first).empty());
 }
 
+TEST(Image, RepaintsTheBlocksThatAreTouchedOnceAndWhole) {
+    Pixels pixels(200, 50);
+    const Image first(pixels.view());
+    pixels.values[20 * 200 + 70] ^= 0x00FFFFFF;  // inside block (1, 1)
+    pixels.values[49 * 200 + 199] ^= 0x00FFFFFF; // the last one
+    std::vector<PixelRect> painted;
+    const Image second = first.repainting(
+        std::vector<PixelRect>{{60, 10, 30, 20}, {70, 20, 1, 1}, {195, 40, 100, 100}, {300, 0, 5, 5}, {}},
+        [&](const PixelRect& part, Pixel* to) {
+            painted.push_back(part);
+            for (int y = 0; y < part.height; ++y)
+                for (int x = 0; x < part.width; ++x) // its alpha must not matter
+                    to[y * Image::blockWidth + x] =
+                        pixels.values[static_cast<std::size_t>((part.y + y) * 200 + part.x + x)] & 0x00FFFFFF;
+        },
+        Image::Alpha::undefined);
+    EXPECT_EQ(painted, (std::vector<PixelRect>{{0, 0, 64, 16},
+                                               {64, 0, 64, 16},
+                                               {0, 16, 64, 16},
+                                               {64, 16, 64, 16},
+                                               {192, 32, 8, 16},
+                                               {192, 48, 8, 2}}));
+    EXPECT_EQ(allPixels(second), pixels.values);
+    EXPECT_EQ(second.blocksDiffering(first), (std::vector<PixelRect>{{64, 16, 64, 16}, {192, 48, 8, 2}}));
+    EXPECT_EQ(second.allRows()[0], first.allRows()[0]) << "a row without a change is shared";
+}
+
 TEST(Image, PicturesOfDifferentSizeShareNothing) {
     const Image small(Pixels(64, 16).view());
     const Image large(Pixels(65, 17).view());

@@ -21,6 +21,17 @@ const std::uint8_t* bytes(const PixelView& view, int y, int left) {
     return reinterpret_cast<const std::uint8_t*>(view.row(y) + left);
 }
 
+// Rows that will be read soon. Those of a narrow part lie far apart, where the processor does not expect
+// them.
+void prefetch([[maybe_unused]] const PixelView& view, [[maybe_unused]] const PixelRect& part) {
+#if defined(__SSE2__)
+    constexpr int pixelsInLine = 64 / sizeof(Pixel);
+    for (int y = part.y; y < part.maxY(); ++y)
+        for (int x = part.x; x < part.maxX(); x += pixelsInLine)
+            _mm_prefetch(reinterpret_cast<const char*>(view.row(y) + x), _MM_HINT_T0);
+#endif
+}
+
 } // namespace
 
 AreaScaler::Axis::Axis(int source, int destination, int unit) {
@@ -71,15 +82,19 @@ PixelRect AreaScaler::affected(const PixelRect& rect) const {
     return {left, top, right - left, bottom - top};
 }
 
-void AreaScaler::scale(const PixelView& view, const PixelRect& rect, Pixel* output, std::ptrdiff_t stride) {
-    const PixelRect part = rect.intersection({0, 0, destination.width, destination.height});
+void AreaScaler::scale(const PixelView& view, const PixelRect& part, Pixel* output, std::ptrdiff_t stride) {
     if (part.isEmpty()) return;
     if (halves) return halve(view, part, output, stride);
     const int left = columns.span(part.x).first;
     const int right = columns.span(part.maxX() - 1).first + columns.span(part.maxX() - 1).count;
     for (int y = part.y; y < part.maxY(); ++y) {
+        if (y + 1 < part.maxY()) {
+            const int begin = rows.span(y).first + rows.span(y).count;
+            const int end = rows.span(y + 1).first + rows.span(y + 1).count;
+            prefetch(view, {left, begin, right - left, end - begin});
+        }
         averageRows(view, y, left, right);
-        averageColumns(part.x, part.maxX(), left, output + y * stride);
+        averageColumns(part.x, part.maxX(), left, output + (y - part.y) * stride);
     }
 }
 
@@ -89,8 +104,9 @@ void AreaScaler::halve(const PixelView& view, const PixelRect& part, Pixel* outp
     for (int y = part.y; y < part.maxY(); ++y) {
         const Pixel* upper = view.row(2 * y);
         const Pixel* lower = view.row(2 * y + 1);
-        Pixel* out = output + y * stride;
+        Pixel* out = output + (y - part.y) * stride;
         int x = part.x;
+        if (y + 1 < part.maxY()) prefetch(view, {2 * part.x, 2 * y + 2, 2 * part.width, 2});
 #if defined(__SSE2__)
         const __m128i zero = _mm_setzero_si128();
         for (; x + 1 < part.maxX(); x += 2) {
@@ -103,7 +119,8 @@ void AreaScaler::halve(const PixelView& view, const PixelRect& part, Pixel* outp
             const __m128i sum =
                 _mm_add_epi16(_mm_unpacklo_epi64(first, second), _mm_unpackhi_epi64(first, second));
             const __m128i mean = _mm_srli_epi16(_mm_add_epi16(sum, _mm_set1_epi16(2)), 2);
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(out + x), _mm_packus_epi16(mean, zero));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(mean, zero));
+            out += 2;
         }
 #endif
         for (; x < part.maxX(); ++x) {
@@ -112,7 +129,7 @@ void AreaScaler::halve(const PixelView& view, const PixelRect& part, Pixel* outp
                 const auto at = [&](const Pixel* row, int i) { return row[2 * x + i] >> shift & 0xFF; };
                 result |= (at(upper, 0) + at(upper, 1) + at(lower, 0) + at(lower, 1) + 2) / 4 << shift;
             }
-            out[x] = result;
+            *out++ = result;
         }
     }
 }
@@ -160,11 +177,11 @@ void AreaScaler::averageColumns(int begin, int end, int left, Pixel* output) con
         int x = begin;
         for (; x + 1 < end; x += 2) {
             const __m128i two = _mm_packs_epi32(sumOf(x, taps), sumOf(x + 1, taps));
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(output + x), _mm_packus_epi16(two, two));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(output + x - begin), _mm_packus_epi16(two, two));
         }
         if (x < end) {
             const __m128i one = _mm_packs_epi32(sumOf(x, taps), _mm_setzero_si128());
-            output[x] = static_cast<Pixel>(_mm_cvtsi128_si32(_mm_packus_epi16(one, one)));
+            output[x - begin] = static_cast<Pixel>(_mm_cvtsi128_si32(_mm_packus_epi16(one, one)));
         }
     };
     // The usual ones without an inner loop.
@@ -185,7 +202,7 @@ void AreaScaler::averageColumns(int begin, int end, int left, Pixel* output) con
         Pixel result = 0;
         for (int channel = 3; channel >= 0; --channel)
             result = result << 8 | static_cast<Pixel>(sum[channel] >> (rowShift + columnShift));
-        output[x] = result;
+        output[x - begin] = result;
     }
 #endif
 }

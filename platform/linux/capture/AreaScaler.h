@@ -23,11 +23,15 @@ public:
     // Both sizes are at least 1 x 1.
     AreaScaler(PixelSize source, PixelSize destination);
 
+    // Whether scaling costs no more than finding out whether the source has changed.
+    bool isQuick() const { return halves; }
+
     // The destination pixels that depend on any source pixel of the rectangle, which lies in the source.
     PixelRect affected(const PixelRect& sourceRect) const;
 
-    // Computes the pixels `rect` of the destination. `source` is the whole source, `output` the top left
-    // pixel of the whole destination, whose stride counts pixels. Not to be called by two threads at a time.
+    // Computes the pixels `rect` of the destination, which has them all. `source` is the whole source,
+    // `output` where the rectangle's top left pixel goes; its stride counts pixels. Not to be called by two
+    // threads at a time.
     void scale(const PixelView& source, const PixelRect& rect, Pixel* output, std::ptrdiff_t stride);
 
 private:

@@ -29,9 +29,7 @@ FrameComposer::FrameComposer(PixelSize region, PixelSize frame)
       frameSize(frame),
       changed(region) {
     clear();
-    if (region == frame) return;
-    scaler.emplace(region, frame);
-    scaled.resize(static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height));
+    if (region != frame) scaler.emplace(region, frame);
 }
 
 void FrameComposer::update(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
@@ -60,8 +58,8 @@ void FrameComposer::update(const PixelRect& rect, const Pixel* pixels, std::ptrd
 }
 
 void FrameComposer::adopt(Pixel* pixels) {
-    // Without a scaler comparing here gains nothing: the frame's blocks are compared anyway.
-    if (scaler)
+    // Comparing here must save more than it costs: the frame's blocks are compared anyway.
+    if (scaler && !scaler->isQuick())
         markDifferences(pixels);
     else
         changed.markAll();
@@ -115,14 +113,8 @@ void FrameComposer::setCursor(std::shared_ptr<const CursorImage> picture, int x,
 
 std::optional<Image> FrameComposer::compose() {
     if (previous && changed.isEmpty()) return std::nullopt;
-    if (!previous) changed.markAll();
-
     drawCursor();
-    const std::vector<Image::Patch> patches = changedPatches();
-    Image next =
-        previous ? previous->replacing(patches, Image::Alpha::undefined)
-                 : Image({patches.front().pixels, frameSize.width, frameSize.height, patches.front().stride},
-                         Image::Alpha::undefined);
+    Image next = previous ? nextFrame() : firstFrame();
     removeCursor();
     changed.clear();
 
@@ -132,19 +124,31 @@ std::optional<Image> FrameComposer::compose() {
     return isNew ? std::optional(std::move(next)) : std::nullopt;
 }
 
-std::vector<Image::Patch> FrameComposer::changedPatches() {
-    std::vector<Image::Patch> patches;
-    for (const PixelRect& rect : changed.rects()) {
-        if (!scaler) {
+Image FrameComposer::firstFrame() {
+    if (!scaler) return Image(view(), Image::Alpha::undefined);
+    std::vector<Pixel> scaled(static_cast<std::size_t>(frameSize.width) *
+                              static_cast<std::size_t>(frameSize.height));
+    scaler->scale(view(), {0, 0, frameSize.width, frameSize.height}, scaled.data(), frameSize.width);
+    return Image({scaled.data(), frameSize.width, frameSize.height, frameSize.width},
+                 Image::Alpha::undefined);
+}
+
+Image FrameComposer::nextFrame() {
+    const std::vector<PixelRect> rects = changed.rects();
+    if (!scaler) {
+        std::vector<Image::Patch> patches;
+        for (const PixelRect& rect : rects)
             patches.push_back({rect, at(rect.x, rect.y), size.width});
-            continue;
-        }
-        const PixelRect part = scaler->affected(rect);
-        scaler->scale(view(), part, scaled.data(), frameSize.width);
-        patches.push_back(
-            {part, scaled.data() + std::ptrdiff_t{part.y} * frameSize.width + part.x, frameSize.width});
+        return previous->replacing(patches, Image::Alpha::undefined);
     }
-    return patches;
+    std::vector<PixelRect> affected;
+    for (const PixelRect& rect : rects)
+        affected.push_back(scaler->affected(rect));
+    // Straight into the frame's blocks.
+    const auto paint = [this](const PixelRect& part, Pixel* pixels) {
+        scaler->scale(view(), part, pixels, Image::blockWidth);
+    };
+    return previous->repainting(affected, paint, Image::Alpha::undefined);
 }
 
 // Drawn into the region for as long as a frame is made, so that copying and scaling need to know of one

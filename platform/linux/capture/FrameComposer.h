@@ -45,7 +45,8 @@ public:
 private:
     void drawCursor();
     void removeCursor();
-    std::vector<Image::Patch> changedPatches();
+    Image firstFrame();
+    Image nextFrame();
     void markDifferences(const Pixel* pixels);
     PixelRect cursorRect() const;
     Pixel* at(int x, int y) { return region + std::ptrdiff_t{y} * size.width + x; }
@@ -63,7 +64,6 @@ private:
     int cursorY = 0;
     std::vector<Pixel> underCursor;   // while the cursor is drawn into the region
     std::optional<AreaScaler> scaler; // none where a frame's pixels are the screen's
-    std::vector<Pixel> scaled;        // the frame, with a scaler
     std::optional<Image> previous;
 };
 
