@@ -1,5 +1,6 @@
 #include "encoding/ColorIndexer.h"
 
+#include "encoding/CellwiseNearest.h"
 #include "encoding/ColorCensus.h"
 #include "encoding/ColorHistogram.h"
 #include "encoding/NearestColor.h"
@@ -46,10 +47,10 @@ std::vector<std::uint8_t> entryIndices(std::span<const Pixel> colors, const Colo
 
 std::vector<std::uint8_t> nearestIndices(std::span<const Pixel> colors, const ColorCensus& census,
                                          const Palette& palette) {
-    const NearestColor nearest(palette);
+    CellwiseNearest nearest(palette);
     std::vector<std::uint8_t> byEntry;
     for (const ColorCensus::Entry& entry : census.entries())
-        byEntry.push_back(nearest.find(perceptualColor(entry.color)));
+        byEntry.push_back(nearest.find(entry.color));
     return entryIndices(colors, census, byEntry);
 }
 
@@ -60,40 +61,8 @@ std::vector<WeightedColor> weightedColors(const ColorCensus& census) {
     return result;
 }
 
-// Finds entries for colours that agree in their six upper bits only once, except for the palette's own, which
-// are always found exactly.
-class BinnedNearest {
-public:
-    explicit BinnedNearest(const Palette& palette) : own(palette), nearest(palette), byBin(binCount) {
-        for (const Pixel color : palette)
-            byBin[binOf(color)] = holdsOwn;
-    }
-
-    std::uint8_t find(Pixel color) {
-        std::uint16_t& known = byBin[binOf(color)];
-        if (known & holdsOwn)
-            if (const auto entry = own.find(color)) return *entry;
-        if ((known & entryBits) == unknown)
-            known = static_cast<std::uint16_t>(known + 1 + nearest.find(perceptualColor(color)));
-        return static_cast<std::uint8_t>((known & entryBits) - 1);
-    }
-
-private:
-    static constexpr std::size_t binCount = 1 << 18;
-    static constexpr std::uint16_t unknown = 0; // else 1 more than the entry
-    static constexpr std::uint16_t entryBits = 0x1FF;
-    static constexpr std::uint16_t holdsOwn = 0x200; // one of the palette's own colours, or more
-    static std::size_t binOf(Pixel color) {
-        return (color >> 6 & 0x3F000) | (color >> 4 & 0xFC0) | (color >> 2 & 0x3F);
-    }
-
-    const PaletteIndex own;
-    const NearestColor nearest;
-    std::vector<std::uint16_t> byBin;
-};
-
 std::vector<std::uint8_t> nearestIndices(std::span<const Pixel> colors, const Palette& palette) {
-    BinnedNearest nearest(palette);
+    CellwiseNearest nearest(palette);
     std::vector<std::uint8_t> indices(colors.size());
     std::transform(colors.begin(), colors.end(), indices.begin(),
                    [&](Pixel color) { return nearest.find(color); });

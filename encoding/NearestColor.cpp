@@ -1,16 +1,9 @@
 #include "encoding/NearestColor.h"
 
+#include "encoding/WideVectors.h"
+
 #include <algorithm>
 #include <limits>
-
-// The search for the nearest is the hottest loop of the encoder: processors with wide vectors get a version
-// of their own, chosen when the program starts. Thread sanitizers are not ready that early.
-#if defined(__x86_64__) && defined(__linux__) && !defined(__SANITIZE_THREAD__) &&                            \
-    !defined(__SANITIZE_ADDRESS__)
-#define CLIPWREN_WIDE_VECTORS __attribute__((target_clones("avx2", "default")))
-#else
-#define CLIPWREN_WIDE_VECTORS
-#endif
 
 namespace clipwren {
 
@@ -31,6 +24,7 @@ void NearestColor::add(const PerceptualColor& place) {
     ++count;
 }
 
+// The hottest loop of the encoder.
 CLIPWREN_WIDE_VECTORS
 std::uint8_t NearestColor::find(const PerceptualColor& color) const {
     // Distance and index in one number, so that the search is a plain minimum, which compilers vectorise.

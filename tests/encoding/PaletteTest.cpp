@@ -1,3 +1,4 @@
+#include "encoding/CellwiseNearest.h"
 #include "encoding/CommonPalette.h"
 #include "encoding/NearestColor.h"
 #include "encoding/PaletteIndex.h"
@@ -8,7 +9,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <random>
+#include <set>
 
 namespace clipwren {
 namespace {
@@ -44,6 +47,54 @@ TEST(NearestColor, AgreesWithLookingAtEachEntry) {
             const auto expected = std::min_element(palette.begin(), palette.end(), closer) - palette.begin();
             EXPECT_EQ(nearest.find(color), expected);
         }
+    }
+}
+
+// Palettes of colours from everywhere, and of dark and bright ones close together.
+std::vector<Palette> variousPalettes(std::mt19937& random) {
+    std::vector<Palette> result;
+    for (const std::size_t count : {1u, 2u, 7u, 64u, 255u, 256u})
+        for (const Pixel mask : {0xFFFFFFu, 0x1F1F1Fu, 0x070707u}) {
+            std::set<Pixel> distinct;
+            while (distinct.size() < count)
+                distinct.insert((static_cast<Pixel>(random()) & mask) ^ (count % 2 ? 0xFFFFFFu & ~mask : 0));
+            result.emplace_back(distinct.begin(), distinct.end());
+            std::shuffle(result.back().begin(), result.back().end(), random);
+        }
+    return result;
+}
+
+TEST(CellwiseNearest, FindsThePalettesOwnColorsExactly) {
+    std::mt19937 random(4);
+    for (const Palette& palette : variousPalettes(random)) {
+        CellwiseNearest nearest(palette);
+        for (std::size_t i = 0; i < palette.size(); ++i)
+            ASSERT_EQ(nearest.find(palette[i]), i) << palette.size();
+    }
+}
+
+TEST(CellwiseNearest, IsAsGoodAsLookingAtEachEntry) {
+    std::mt19937 random(5);
+    for (const Palette& palette : variousPalettes(random)) {
+        CellwiseNearest cellwise(palette);
+        const NearestColor thorough(palette);
+        double sum = 0, least = 0;
+        for (int i = 0; i < 4000; ++i) {
+            // Near to an entry, as the colours are that palettes are made for, or anywhere.
+            const Pixel color =
+                i % 2 ? random() & 0xFFFFFF : palette[random() % palette.size()] ^ (random() & 0x0F0F0F);
+            const PerceptualColor place = perceptualColor(color);
+            const auto distance = [&](std::uint8_t entry) {
+                return std::sqrt(squaredDistance(place, perceptualColor(palette[entry]))) / perceptualUnit;
+            };
+            const double found = distance(cellwise.find(color));
+            const double best = distance(thorough.find(place));
+            // Of two that are as good as equally near it may be either.
+            ASSERT_LE(found, best * 1.1 + 0.5) << palette.size() << ' ' << color;
+            sum += found;
+            least += best;
+        }
+        EXPECT_LE(sum, least * 1.002) << palette.size();
     }
 }
 
