@@ -30,16 +30,24 @@ constexpr std::uint8_t opaquePlanes = 0;
 constexpr std::uint8_t fourPlanes = largestColorCount + 1;
 static_assert(largestPackedBlock == 1 + height * 4 * (2 + width));
 
-// Whether a group equals the one above it, or, in the first row, is of the first pixel's colour.
+// Whether a group equals the one above it, or, in the first row, is of the first pixel's colour. Two pixels
+// at a time, for the sake of vector code.
 bool isRepeated(const Pixel* pixels, int group) {
     const Pixel* now = pixels + group * groupSize;
-    Pixel difference = 0;
-    if (group < groupsInRow)
-        for (int i = 0; i < groupSize; ++i)
-            difference |= now[i] ^ pixels[0];
-    else
-        for (int i = 0; i < groupSize; ++i)
-            difference |= now[i] ^ now[i - width];
+    const auto pairAt = [](const Pixel* from) {
+        std::uint64_t pair;
+        std::memcpy(&pair, from, sizeof pair);
+        return pair;
+    };
+    std::uint64_t difference = 0;
+    if (group < groupsInRow) {
+        const std::uint64_t first = pixels[0] | std::uint64_t{pixels[0]} << 32;
+        for (int i = 0; i < groupSize; i += 2)
+            difference |= pairAt(now + i) ^ first;
+    } else {
+        for (int i = 0; i < groupSize; i += 2)
+            difference |= pairAt(now + i) ^ pairAt(now + i - width);
+    }
     return difference == 0;
 }
 
@@ -78,10 +86,11 @@ bool areWorthMore(int group, const Pixel* pixels) {
 
 // A bit for each pixel of the group that begins a run of equal ones.
 unsigned runsIn(const Pixel* group) {
-    unsigned starts = 1;
-    for (int i = 1; i < groupSize; ++i)
-        starts |= group[i] != group[i - 1] ? 1u << i : 0;
-    return starts;
+    std::array<std::uint8_t, groupSize> begins{1};
+    for (std::size_t i = 1; i < groupSize; ++i)
+        begins[i] = group[i] != group[i - 1];
+    return bitgroups::gatheredBits(begins.data(), 0) |
+           static_cast<unsigned>(bitgroups::gatheredBits(begins.data() + 8, 0)) << 8;
 }
 
 void findColors(const Pixel* pixels, Colors& colors) {
