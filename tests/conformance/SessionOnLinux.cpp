@@ -226,6 +226,21 @@ TEST_F(LinuxSessionTest, MayEndBeforeTheBusIsReached) {
     expectLocks(0);
 }
 
+TEST_F(LinuxSessionTest, ASelectionThatIsLeftAloneIsAboutToBeLocked) {
+    SyntheticInput().moveTo(100, 100);
+    LinuxSession session(*subject.connection, 300);
+    int told = 0;
+    std::unique_ptr<SessionObserver> itsObserver;
+    itsObserver = session.observeWillLock([&] {
+        ++told;
+        itsObserver.reset();
+    });
+    EXPECT_TRUE(runEventLoopUntil([&] { return told == 1; }));
+    runEventLoop(0.4);
+    EXPECT_EQ(told, 1);
+    expectLocks(0);
+}
+
 TEST(X11IdleWatch, TellsThatNobodyIsThereAndWaitsForWhoeverIs) {
     const auto connection = std::move(*X11Connection::open());
     X11ScreenSaver screenSaver(*connection);

@@ -17,39 +17,13 @@ from Xlib import X
 import desktop
 from desktop import BUILD, holds_for, wait_for
 from gif import Gif
+from hard_times import HardTimes
 
 HALF = re.compile(r"\.clipwren-recording-[0-9a-f]{16}\.part")
 
 
 def setUpModule():
     unittest.addModuleCleanup(hearing.Bus().close)
-
-
-class HardTimes:
-    """What goes wrong for the programs that are started with `environment`; see hard_times.cpp."""
-
-    def __init__(self, name):
-        self.file = pathlib.Path(os.environ["DESKTOP_FOLDER"]) / name
-        self.environment = {**hearing.environment, "HARD_TIMES": str(self.file),
-                            "LD_PRELOAD": desktop.tool("hard_times.so")}
-        self.wish()
-
-    def wish(self, *lines):
-        new = self.file.with_suffix(".new")
-        new.write_text("".join(line + "\n" for line in lines))
-        new.replace(self.file)
-
-    def beside(self, suffix):
-        return pathlib.Path(f"{self.file}.{suffix}")
-
-    def wait_until_held(self):
-        wait_for(lambda: self.beside("held").exists(), "the operation to be held")
-
-    def trace(self):
-        """What the program has done with the files of recordings since the last question."""
-        lines = self.beside("trace").read_text().splitlines() if self.beside("trace").exists() else []
-        self.beside("trace").unlink(missing_ok=True)
-        return lines
 
 
 class Saving(desktop.ScreenTest):
@@ -61,7 +35,7 @@ class Saving(desktop.ScreenTest):
         self.folder.mkdir(parents=True, exist_ok=True)
         for file in self.folder.iterdir():
             file.unlink()
-        self.hard = HardTimes("wishes")
+        self.hard = HardTimes("wishes", hearing.environment)
 
     def noise(self, seed=1):
         """A window full of what no GIF makes small, so that a file takes several writes."""

@@ -24,15 +24,16 @@ class LinuxSession::Observer final : public SessionObserver {
 public:
     Observer(LinuxSession& session, const std::function<void()>& handler)
         : subscription(session.willLock.subscribe(handler)),
-          idleWatch(session.screenSaver, idleMilliseconds, handler) {}
+          idleWatch(session.screenSaver, session.idleLimit, handler) {}
 
 private:
     const Listeners::Subscription subscription;
     const X11IdleWatch idleWatch;
 };
 
-LinuxSession::LinuxSession(X11Connection& connection)
-    : screenSaver(connection),
+LinuxSession::LinuxSession(X11Connection& connection, int idleLimit)
+    : idleLimit(idleLimit),
+      screenSaver(connection),
       screenSaverSignals([this](const QDBusMessage& signal) { heardScreenSaver(signal); }),
       logind([this] { willLock.tell(); }) {}
 

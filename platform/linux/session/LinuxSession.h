@@ -23,17 +23,18 @@ namespace clipwren {
 // a bus that does not answer holds up nobody. Where there is none, the rest works.
 class LinuxSession final : public Session {
 public:
-    // The connection outlives this object.
-    explicit LinuxSession(X11Connection& connection);
+    // A program that locks an idle screen by a clock of its own tells nobody; none does so after less than a
+    // minute.
+    static constexpr int usualIdleLimit = 50'000; // milliseconds
+
+    // The connection outlives this object. When nobody has touched mouse or keyboard for `idleLimit`, in
+    // milliseconds, the screen counts as about to be locked.
+    explicit LinuxSession(X11Connection& connection, int idleLimit = usualIdleLimit);
     ~LinuxSession() override;
     LinuxSession(const LinuxSession&) = delete;
     LinuxSession& operator=(const LinuxSession&) = delete;
 
-    // Also called when nobody has touched mouse or keyboard for `idleMilliseconds`: a program that locks an
-    // idle screen by a clock of its own tells nobody, and after less than a minute none does.
     std::unique_ptr<SessionObserver> observeWillLock(std::function<void()> handler) override;
-    static constexpr int idleMilliseconds = 50'000;
-
     std::shared_ptr<ShutdownDelay> delayShutdown(const std::string& reason,
                                                  std::function<void()> willShutDown) override;
 
@@ -43,6 +44,7 @@ private:
     void listenToScreenSavers();
     void heardScreenSaver(const QDBusMessage& signal);
 
+    const int idleLimit; // milliseconds
     Listeners willLock;
     X11ScreenSaver screenSaver;
     bool watchesScreenSaver = false;
