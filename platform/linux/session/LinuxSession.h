@@ -19,12 +19,11 @@ namespace clipwren {
 // The session of a Linux desktop under X11: what logind on the system bus, screen savers on the session bus
 // and the X server's own screen saver tell of it. Main thread only.
 //
-// The buses are reached at the first call, on a thread of its own: until then the program costs nothing, and
-// a bus that does not answer holds up nobody. Where there is none, the rest works.
+// The buses are reached at the first call, on a thread of its own: until then they cost nothing, and
+// neither the selector nor a recording ever waits for them. Where there is none, the rest works.
 class LinuxSession final : public Session {
 public:
-    // A program that locks an idle screen by a clock of its own tells nobody; none does so after less than a
-    // minute.
+    // A program that locks an idle screen by a clock of its own tells nobody. Usually it counts in minutes.
     static constexpr int usualIdleLimit = 50'000; // milliseconds
 
     // The connection outlives this object. When nobody has touched mouse or keyboard for `idleLimit`, in
