@@ -32,6 +32,29 @@ TEST(X11CapturedPictures, CopiesThePixelsExactly) {
     EXPECT_EQ(pictures[1].blocksDiffering(pictures[0]), (std::vector<PixelRect>{{64, 32, 64, 16}}));
 }
 
+// A caret is expected at its place, and may be somewhere else all the same, or not alone.
+TEST(X11CapturedPictures, FollowsWhatIsSmallWhereverItIs) {
+    constexpr int width = 400, height = 240;
+    X11TestWindow window({}, {10, 20, width, height}, 0xFFFFFF);
+    std::vector<Pixel> pixels(width * height, 0xFFFFFFFF);
+    X11TestCapture subject;
+    subject.begin(plain({10, 20, width, height}));
+    ASSERT_TRUE(subject.waitForPictures(1));
+    const auto fill = [&](const PixelRect& rect, Pixel color) {
+        for (int y = rect.y; y < rect.maxY(); ++y)
+            std::fill_n(pixels.begin() + y * width + rect.x, rect.width, color | opaque);
+        window.fill(rect, color);
+    };
+    for (int round = 1; round <= 16; ++round) {
+        const bool isElsewhere = round % 4 == 3;
+        if (!isElsewhere) fill({100, 100, 2, 14}, round % 2 == 0 ? 0xFFFFFF : 0);
+        if (round % 4 >= 2) fill({round * 20, round * 13, 9, 9}, static_cast<Pixel>(round * 0x123));
+        if (round == 12) fill({0, 0, width, height}, 0x777777);
+        EXPECT_TRUE(runEventLoopUntil([&] { return pixelsOf(subject.keeper->pictures().back()) == pixels; }))
+            << round;
+    }
+}
+
 TEST(X11CapturedPictures, DeliversNothingCompleteWhileNothingChanges) {
     X11TestWindow window({}, {0, 0, 200, 200}, 0x336699);
     X11TestCapture subject;

@@ -22,9 +22,12 @@ public:
 
     explicit FramePacer(Nanoseconds interval) : interval(std::max<Nanoseconds>(interval, 1)) {}
 
+    // Before this no change is looked at.
+    Nanoseconds earliest() const { return std::max(slot - interval / 2, lastLook + interval / 2); }
+
     // When to look at a change that was first noticed at `changedAt`.
     Nanoseconds dueForChange(Nanoseconds changedAt) const {
-        return std::max({slot - interval / 2, lastLook + interval / 2, changedAt + settleTime});
+        return std::max(earliest(), changedAt + settleTime);
     }
 
     // When to look for what the display server does not report by itself, the pointer's place. Later than for

@@ -102,22 +102,34 @@ bool X11CaptureLink::succeeded(xcb_void_cookie_t checked) {
 X11Reply<xcb_generic_event_t> X11CaptureLink::nextEvent() {
     // Sending may read events, of which poll() would then tell nothing: so it comes first.
     xcb_flush(connection);
-    return owned(xcb_poll_for_event(connection));
+    if (!mayHaveArrived) return owned(xcb_poll_for_queued_event(connection));
+    auto event = owned(xcb_poll_for_event(connection));
+    mayHaveArrived = event != nullptr;
+    return event;
 }
 
 void X11CaptureLink::sleep(std::optional<Nanoseconds> until) {
     if (!isLost()) poll(until);
 }
 
-void X11CaptureLink::poll(std::optional<Nanoseconds> until) {
+void X11CaptureLink::sleepDeaf(Nanoseconds until) {
+    poll(until, true);
+    mayHaveArrived = true;
+}
+
+void X11CaptureLink::poll(std::optional<Nanoseconds> until, bool isDeaf) {
     timespec limit{};
     if (until) {
         const Nanoseconds left = std::max<Nanoseconds>(*until - now(), 0);
         limit = {.tv_sec = left / 1'000'000'000, .tv_nsec = left % 1'000'000'000};
     }
-    pollfd descriptors[2] = {{xcb_get_file_descriptor(connection), POLLIN, 0}, {end.descriptor(), POLLIN, 0}};
+    // A negative descriptor is passed over.
+    const int server = isDeaf ? -1 : xcb_get_file_descriptor(connection);
+    pollfd descriptors[2] = {{server, POLLIN, 0}, {end.descriptor(), POLLIN, 0}};
     const int ready = ppoll(descriptors, 2, until ? &limit : nullptr, nullptr);
-    if (ready > 0 && descriptors[1].revents != 0) end.acknowledge();
+    if (ready <= 0) return;
+    if (descriptors[0].revents != 0) mayHaveArrived = true;
+    if (descriptors[1].revents != 0) end.acknowledge();
 }
 
 } // namespace clipwren

@@ -50,12 +50,15 @@ public:
     // Whether the server carried out a checked request without a reply.
     bool succeeded(xcb_void_cookie_t checked);
 
-    // Sends what is queued; then the next event that has arrived, empty when there is none.
+    // Sends what is queued; then the next event that has arrived, empty when there is none. What arrives
+    // between two sleeps may be left for after the second.
     X11Reply<xcb_generic_event_t> nextEvent();
 
     // Sleeps until something arrives, an end is asked for, or the time has come; without a time for as long
     // as it takes. To be called when nextEvent has just come back empty.
     void sleep(std::optional<Nanoseconds> until);
+    // Sleeps until an end is asked for or the time has come, whatever arrives.
+    void sleepDeaf(Nanoseconds until);
 
     bool isLost() const { return xcb_connection_has_error(connection) != 0; }
     EndSignal::Request endRequested() const { return end.requested(); }
@@ -63,11 +66,12 @@ public:
 private:
     X11CaptureLink(xcb_connection_t* connection, const xcb_screen_t* screen, EndSignal& end);
     void* awaitReply(unsigned int sequence);
-    void poll(std::optional<Nanoseconds> until);
+    void poll(std::optional<Nanoseconds> until, bool isDeaf = false);
 
     xcb_connection_t* connection;
     const xcb_screen_t* defaultScreen;
     EndSignal& end;
+    bool mayHaveArrived = true;              // something that was not read yet
     std::optional<Nanoseconds> patienceEnds; // once an end was asked for
 };
 

@@ -20,6 +20,9 @@ constexpr Nanoseconds longestSettling = 120 * millisecond;
 // What one more read costs, in pixels that could be read instead.
 constexpr std::int64_t readOverhead = 16'384;
 
+// How many pixels are read on the chance that they were drawn again.
+constexpr std::int64_t mostExpected = 16'384;
+
 // When at least this part of the region was drawn anew, all of it is read.
 constexpr std::int64_t leastOfAllNumerator = 3;
 constexpr std::int64_t leastOfAllDenominator = 5;
@@ -77,9 +80,8 @@ std::optional<PlatformError> X11CaptureWorker::run() {
             link->sleep(X11CaptureLink::now() + absenceCheck);
             continue;
         }
-        const Nanoseconds due = nextLook();
-        if (due > X11CaptureLink::now())
-            link->sleep(due == INT64_MAX ? std::nullopt : std::optional(due));
+        if (nextLook() > X11CaptureLink::now())
+            sleep();
         else
             look(false);
     }
@@ -150,10 +152,23 @@ void X11CaptureWorker::settle() {
     }
 }
 
-void X11CaptureWorker::handleEvents() {
+// Until the next look, or what may make it earlier.
+void X11CaptureWorker::sleep() {
+    // Where more is drawn than is taken, being woken by it before its time would tell nothing new.
+    const Nanoseconds now = X11CaptureLink::now();
+    if (isAhead && !damage->changedAt() && pacer.earliest() > now) {
+        link->sleepDeaf(pacer.earliest());
+        return handleEvents(now);
+    }
+    const Nanoseconds due = nextLook();
+    link->sleep(due == INT64_MAX ? std::nullopt : std::optional(due));
+}
+
+// What has happened since the time given, if it is not known any better.
+void X11CaptureWorker::handleEvents(std::optional<Nanoseconds> since) {
     while (const auto event = link->nextEvent()) {
         const int type = event->response_type & 0x7F;
-        if (damage->handle(*event, X11CaptureLink::now())) continue;
+        if (damage->handle(*event, since.value_or(X11CaptureLink::now()))) continue;
         if (pointer && pointer->handle(*event)) continue;
         if (!place->handle(*event) && type == 0) ++refusals;
     }
@@ -192,15 +207,23 @@ void X11CaptureWorker::look(bool isLast) {
     // what was drawn, on the chance that it is all of it again; what is drawn between the two is reported
     // once more.
     const bool asksDamage = damage->changedAt() || pictureIsStale || isLast;
+    // Where little is drawn it is expected at the place where it was the last time.
     const bool asksAll = asksDamage && expectsAll && canReadAll();
+    const bool asksParts = asksDamage && !asksAll && !pictureIsStale && !expectedParts.empty();
+    const auto changed = damage->changedAt();
+    isAhead = changed && *changed + FramePacer::settleTime < pacer.earliest();
+    if (asksDamage && !asksParts) expectedParts.clear();
     if (asksDamage) damage->ask();
     if (pointer) pointer->ask();
     if (asksAll) reader->askStaying(place->region());
+    if (asksParts) reader->ask(expectedParts);
     std::optional<std::vector<PixelRect>> drawn;
     if (asksDamage) drawn = damage->take();
     const Nanoseconds time = X11CaptureLink::now();
     const bool knowsPointer = !pointer || pointer->take(time);
     const bool hasAll = asksAll && takeAll();
+    // It is as it is on the screen, expected or not; what is missing is asked for anew.
+    if (asksParts && !reader->take(toComposer())) expectedParts.clear();
     const bool answered = knowsPointer && drawn.has_value() == asksDamage && hasAll == asksAll;
 
     bool insideRegion = false;
@@ -233,7 +256,7 @@ void X11CaptureWorker::look(bool isLast) {
 }
 
 bool X11CaptureWorker::canReadAll() const {
-    return reader->canStay() &&
+    return reader->isShared() &&
            place->visible() == std::vector{PixelRect{0, 0, place->region().width, place->region().height}};
 }
 
@@ -271,14 +294,29 @@ bool X11CaptureWorker::readChanges(const std::vector<PixelRect>& drawn, bool has
         read = readParts(parts);
     }
     if (read) pictureIsStale = false;
+    if (!parts.empty()) {
+        const bool isLittle =
+            reader->isShared() && drawnArea <= std::min(mostExpected, place->region().area());
+        expectedParts = read && isLittle ? std::move(parts) : std::vector<PixelRect>();
+    }
     return read;
 }
 
+// But for what was read along with the question what was drawn.
 bool X11CaptureWorker::readParts(const std::vector<PixelRect>& parts) {
-    return reader->read(parts, [this](const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
+    std::vector<PixelRect> missing;
+    for (const PixelRect& part : parts)
+        if (std::ranges::none_of(expectedParts,
+                                 [&](const PixelRect& known) { return known.intersection(part) == part; }))
+            missing.push_back(part);
+    return reader->read(missing, toComposer());
+}
+
+X11PictureReader::Sink X11CaptureWorker::toComposer() {
+    return [this](const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
         composer->update({rect.x - place->region().x, rect.y - place->region().y, rect.width, rect.height},
                          pixels, stride);
-    });
+    };
 }
 
 } // namespace clipwren

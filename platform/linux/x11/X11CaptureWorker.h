@@ -53,12 +53,14 @@ private:
 
     bool connect();
     void settle();
-    void handleEvents();
+    void handleEvents(std::optional<Nanoseconds> since = {});
+    void sleep();
     void followScreens();
     Nanoseconds nextLook() const;
     void look(bool isLast);
     bool readChanges(const std::vector<PixelRect>& drawn, bool hasAll, bool& insideRegion);
     bool readParts(const std::vector<PixelRect>& parts);
+    X11PictureReader::Sink toComposer();
     bool takeAll();
     bool canReadAll() const;
     void fail(std::string text);
@@ -79,7 +81,11 @@ private:
     bool hasStarted = false;
     bool pictureIsStale = true; // all of it is to be read
     bool expectsAll = false;    // the last look found most of the region drawn anew
-    int refusals = 0;           // in a row
+    // What it read when that was little, in root pixels: a caret comes again at its place. The next look
+    // reads it along with the question what was drawn.
+    std::vector<PixelRect> expectedParts;
+    bool isAhead = false; // what the last look found had been drawn long before its time
+    int refusals = 0;     // in a row
     Nanoseconds heldUntil = 0;
     std::optional<PlatformError> failure;
 };

@@ -30,9 +30,9 @@ X11DamageWatch::X11DamageWatch(X11CaptureLink& link)
     xcb_damage_create(link.raw(), damage, link.root(), XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
 }
 
-bool X11DamageWatch::handle(const xcb_generic_event_t& event, Nanoseconds now) {
+bool X11DamageWatch::handle(const xcb_generic_event_t& event, Nanoseconds time) {
     if ((event.response_type & 0x7F) != notifyEvent) return false;
-    if (!noticedAt) noticedAt = now;
+    if (!noticedAt) noticedAt = time;
     return true;
 }
 

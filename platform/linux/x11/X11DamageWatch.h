@@ -21,8 +21,8 @@ public:
     // None where the server cannot report it. The link outlives the watch.
     static std::unique_ptr<X11DamageWatch> create(X11CaptureLink& link);
 
-    // Returns whether the event is the watch's own.
-    bool handle(const xcb_generic_event_t& event, Nanoseconds now);
+    // Returns whether the event is the watch's own. `time` is when it came, or the earliest that may be.
+    bool handle(const xcb_generic_event_t& event, Nanoseconds time);
 
     // When drawing was first noticed since the last `ask`; absent when nothing was drawn.
     std::optional<Nanoseconds> changedAt() const { return noticedAt; }

@@ -7,7 +7,6 @@
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <vector>
 
 namespace clipwren {
 
@@ -82,7 +81,9 @@ bool X11PictureReader::read(std::span<const PixelRect> rects, const Sink& sink) 
             used += rects[count].area();
             if (used > capacity) break;
         }
-        if (count == 0 || !readShared(rects.first(count), sink)) return false;
+        if (count == 0) return false;
+        ask(rects.first(count));
+        if (!take(sink)) return false;
         rects = rects.subspan(count);
     }
     return true;
@@ -107,22 +108,26 @@ Pixel* X11PictureReader::takeStaying() {
     return reply && reply->size >= byteCount(stayingSize) ? pixels + stayingPart * capacity : nullptr;
 }
 
-bool X11PictureReader::readShared(std::span<const PixelRect> rects, const Sink& sink) {
-    std::vector<unsigned int> requests;
-    const std::int64_t begin = 2 * capacity; // behind the two that stay
-    std::int64_t offset = begin;
-    for (const PixelRect& rect : rects) {
+void X11PictureReader::ask(std::span<const PixelRect> rects) {
+    askedRects.assign(rects.begin(), rects.end());
+    requests.clear();
+    std::int64_t offset = 2 * capacity; // behind the two that stay
+    for (const PixelRect& rect : askedRects) {
         requests.push_back(request(rect, offset));
         offset += rect.area();
     }
+}
+
+bool X11PictureReader::take(const Sink& sink) {
     bool allRead = true;
-    offset = begin;
-    for (std::size_t i = 0; i < rects.size(); ++i) {
+    std::int64_t offset = 2 * capacity;
+    for (std::size_t i = 0; i < askedRects.size(); ++i) {
         // Every reply is awaited: the server goes on writing into the memory until then.
+        const PixelRect& rect = askedRects[i];
         const auto reply = link.await<xcb_shm_get_image_reply_t>(requests[i]);
-        allRead = allRead && reply && reply->size >= byteCount(rects[i].area());
-        if (allRead) sink(rects[i], pixels + offset, rects[i].width);
-        offset += rects[i].area();
+        allRead = allRead && reply && reply->size >= byteCount(rect.area());
+        if (allRead) sink(rect, pixels + offset, rect.width);
+        offset += rect.area();
     }
     return allRead;
 }

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <vector>
 
 namespace clipwren {
 
@@ -32,10 +33,16 @@ public:
     // connection is lost or the wait was ended; the rest is then left out.
     bool read(std::span<const PixelRect> rects, const Sink& sink);
 
-    // Whether rectangles can be read in a way that leaves them where the server has written them.
-    bool canStay() const { return pixels != nullptr; }
+    // Whether rectangles can be asked for ahead, and read in a way that leaves them where the server has
+    // written them.
+    bool isShared() const { return pixels != nullptr; }
 
-    // Where canStay(): asks for a rectangle. Each is followed by `takeStaying`, which returns its pixels in
+    // Where isShared(): asks for rectangles, which together have no more pixels than the largest one. Each is
+    // followed by `take`, which is as `read`.
+    void ask(std::span<const PixelRect> rects);
+    bool take(const Sink& sink);
+
+    // Where isShared(): asks for a rectangle. Each is followed by `takeStaying`, which returns its pixels in
     // plain rows without a gap, null on a failure. They are the caller's to write to, and stay until the next
     // but one is asked for.
     void askStaying(const PixelRect& rect);
@@ -45,13 +52,14 @@ private:
     bool share();
     std::int64_t segmentSize() const { return 3 * capacity; } // in pixels: two that stay, and one part
     unsigned int request(const PixelRect& rect, std::int64_t offset);
-    bool readShared(std::span<const PixelRect> rects, const Sink& sink);
     bool readPlain(const PixelRect& rect, const Sink& sink);
 
     X11CaptureLink& link;
     std::int64_t capacity;
     std::uint32_t segment = 0;
     Pixel* pixels = nullptr; // shared; null without shared memory
+    std::vector<PixelRect> askedRects;
+    std::vector<unsigned int> requests; // of the rectangles asked for
     unsigned int stayingRequest = 0;
     std::int64_t stayingSize = 0;
     int stayingPart = 0; // of the segment: 0 or 1

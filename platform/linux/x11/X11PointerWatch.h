@@ -24,7 +24,7 @@ public:
 
     static constexpr Nanoseconds restInterval = 500'000'000;
     // How long a pointer must stay to be taken as resting.
-    static constexpr Nanoseconds restAfter = 250'000'000;
+    static constexpr Nanoseconds restAfter = 100'000'000;
 
     // XFixes' version has been asked for. The link outlives the watch.
     explicit X11PointerWatch(X11CaptureLink& link);
