@@ -3,6 +3,9 @@
 logind is the test's; what it waits for is a descriptor that the program has to close.
 """
 
+import os
+import socket
+import subprocess
 import time
 
 import desktop
@@ -109,6 +112,22 @@ class Shutdown(desktop.ScreenTest):
         clipwren.stop()
         said = [line for line in clipwren.log.lines if "GIF copied" not in line and "No panel" not in line]
         self.assertEqual(said, [])
+
+    def test_a_system_bus_that_never_answers_holds_up_nothing(self):
+        path = os.environ["DESKTOP_FOLDER"] + "/mute-bus"
+        with socket.socket(socket.AF_UNIX) as bus:
+            bus.bind(path)
+            bus.listen(5)
+            clipwren = self.start(environment={"DBUS_SYSTEM_BUS_ADDRESS": "unix:path=" + path})
+            clipwren.begin()
+            self.desktop.keysym("Escape")
+            desktop.wait_for(self.desktop.bare, "the selector to go")
+            clipwren.select(*self.REGION)
+            time.sleep(0.5)
+            clipwren.stop()
+            self.assertEqual(subprocess.run([desktop.BUILD / "clipwren", "--trigger"], timeout=10).returncode, 0)
+            desktop.wait_for(self.desktop.selecting, "the selector")
+            self.assertEqual(clipwren.close(), 0)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,9 @@
 #include "platform/linux/session/LinuxSession.h"
 
+#include "platform/linux/session/BusProbe.h"
+
 #include <array>
+#include <optional>
 #include <utility>
 
 namespace clipwren {
@@ -8,6 +11,7 @@ namespace clipwren {
 namespace {
 
 const QString systemBusName = QStringLiteral("clipwren session");
+constexpr int answerMilliseconds = 1000;
 
 // Desktops have one each; what they tell is the same.
 constexpr std::array screenSavers{"org.freedesktop.ScreenSaver", "org.gnome.ScreenSaver",
@@ -59,12 +63,14 @@ void LinuxSession::reachBuses() {
     if (std::exchange(busesAreSought, true)) return;
     reaching = std::thread([this] {
         listenToScreenSavers();
-        const auto systemBus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, systemBusName);
-        const bool isThere = systemBus.isConnected();
-        if (isThere) logind.listen(systemBus);
+        std::optional<QDBusConnection> systemBus;
+        if (busAnswers(systemBusAddress(), answerMilliseconds))
+            systemBus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, systemBusName);
+        const bool isThere = systemBus && systemBus->isConnected();
+        if (isThere) logind.listen(*systemBus);
         const auto reached = [this, systemBus, isThere] {
             reaching.join();
-            if (isThere) logind.use(systemBus);
+            if (isThere) logind.use(*systemBus);
         };
         QMetaObject::invokeMethod(&context, reached, Qt::QueuedConnection);
     });
