@@ -22,6 +22,12 @@ void giveBackToLibrary(void* memory, std::size_t size) { ::operator delete(memor
 constexpr BlockPool::Source library{takeFromLibrary, giveBackToLibrary};
 std::atomic<const BlockPool::Source*> source = &library;
 
+std::mutex lastingMutex;
+std::vector<BlockPool*>& lasting() {
+    static auto& pools = *new std::vector<BlockPool*>();
+    return pools;
+}
+
 } // namespace
 
 struct BlockPool::Chunk {
@@ -91,6 +97,23 @@ void BlockPool::release(Chunk* chunk) {
     open.pop_back();
     --chunkCount;
     chunk->giveBack(chunk, chunkSize);
+}
+
+void BlockPool::releaseSpare() {
+    const std::lock_guard lock(mutex);
+    const auto spare = std::ranges::find(open, std::size_t{0}, &Chunk::taken);
+    if (spare != open.end()) release(*spare);
+}
+
+BlockPool& BlockPool::makeLasting(std::size_t pieceSize) {
+    const std::lock_guard lock(lastingMutex);
+    return *lasting().emplace_back(new BlockPool(pieceSize));
+}
+
+void BlockPool::releaseSpares() {
+    const std::lock_guard lock(lastingMutex);
+    for (BlockPool* pool : lasting())
+        pool->releaseSpare();
 }
 
 void BlockPool::setSource(const Source& newSource) { source = &newSource; }

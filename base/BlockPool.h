@@ -23,6 +23,14 @@ public:
     void* take();
     void giveBack(void* piece);
 
+    // Gives the chunk that is kept at hand back too, if nothing of it is taken.
+    void releaseSpare();
+
+    // A pool that is never destroyed: pieces may live as long as anything does.
+    static BlockPool& makeLasting(std::size_t pieceSize);
+    // releaseSpare() for all of those.
+    static void releaseSpares();
+
     // How much is held from the system.
     std::size_t byteCount() const;
 
@@ -60,9 +68,8 @@ struct BlockAllocator {
     T* allocate(std::size_t) { return static_cast<T*>(pool().take()); }
     void deallocate(T* piece, std::size_t) { pool().giveBack(piece); }
 
-    // Never destroyed: pieces may live as long as anything does.
     static BlockPool& pool() {
-        static BlockPool& shared = *new BlockPool(sizeof(T));
+        static BlockPool& shared = BlockPool::makeLasting(sizeof(T));
         return shared;
     }
 

@@ -3,13 +3,18 @@
 #include "base/BlockCodec.h"
 #include "base/BlockPool.h"
 
+#include <cstring>
 #include <utility>
 
 namespace clipwren {
 
 PackedImage ImagePacker::pack(const Image& image) {
+    const PixelSize size{image.width(), image.height()};
+    if (lastPacked && lastPacked->size != size) {
+        lastImage.reset();
+        lastPacked.reset();
+    }
     const auto rows = image.allRows();
-    if (lastImage && lastImage->bounds() != image.bounds()) lastImage.reset();
     std::vector<PackedImage::RowPointer> packed;
     packed.reserve(rows.size());
     for (std::size_t row = 0; row < rows.size(); ++row)
@@ -17,31 +22,42 @@ PackedImage ImagePacker::pack(const Image& image) {
                                                                              : pack(row, *rows[row]));
     bytes += static_cast<std::int64_t>(packed.size() * sizeof packed.front());
     lastImage = image;
-    lastPacked = PackedImage({image.width(), image.height()}, std::move(packed));
+    lastPacked = PackedImage(size, std::move(packed));
     return *lastPacked;
 }
 
 PackedImage::RowPointer ImagePacker::pack(std::size_t row, const Image::BlockRow& blocks) {
+    const PackedImage::RowPointer last = lastPacked ? (*lastPacked->rows)[row] : nullptr;
     PackedImage::BlockRow packed;
     packed.reserve(blocks.size());
-    for (std::size_t i = 0; i < blocks.size(); ++i)
-        packed.push_back(lastImage && blocks[i] == (*lastImage->allRows()[row])[i]
-                             ? (*(*lastPacked->rows)[row])[i]
-                             : pack(*blocks[i]));
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        const bool isSame = lastImage && blocks[i] == (*lastImage->allRows()[row])[i];
+        auto block = isSame ? (*last)[i] : pack(*blocks[i], last ? (*last)[i].get() : nullptr);
+        packed.push_back(block ? std::move(block) : (*last)[i]);
+    }
+    if (last && packed == *last) return last;
     bytes += static_cast<std::int64_t>(packed.size() * sizeof packed.front());
     return std::make_shared<const PackedImage::BlockRow>(std::move(packed));
 }
 
-PackedImage::BlockPointer ImagePacker::pack(const Image::Block& block) {
+// None where it packs to the same as the last one there. A packed block tells where it ends, and there is
+// room for the largest behind every one.
+PackedImage::BlockPointer ImagePacker::pack(const Image::Block& block, const std::uint8_t* last) {
     if (!piece || used + largestPackedBlock > piece->size()) {
         piece = std::allocate_shared_for_overwrite<Piece>(BlockAllocator<Piece>());
         used = 0;
     }
     std::uint8_t* packed = piece->data() + used;
     const std::size_t size = packBlock(block.data(), packed);
+    if (last && std::memcmp(packed, last, size) == 0) return nullptr;
     used += size;
     bytes += static_cast<std::int64_t>(size);
     return {piece, packed};
+}
+
+void ImagePacker::rest() {
+    lastImage.reset();
+    BlockPool::releaseSpares();
 }
 
 Image ImageUnpacker::unpack(const PackedImage& packed) {

@@ -36,6 +36,10 @@ class ImagePacker {
 public:
     PackedImage pack(const Image& image);
 
+    // Lets go of the last picture, whose plain blocks take more memory than the packed ones: for when no
+    // other one is coming soon. What the next one shares with it is then found by packing all of it.
+    void rest();
+
     // About how much memory the pictures packed so far take, what they share counted once.
     std::int64_t byteCount() const { return bytes; }
 
@@ -43,13 +47,13 @@ private:
     // Packed blocks lie one after another in large pieces of memory, which stay while any of theirs is used.
     using Piece = std::array<std::uint8_t, 130'000>;
     PackedImage::RowPointer pack(std::size_t row, const Image::BlockRow& blocks);
-    PackedImage::BlockPointer pack(const Image::Block& block);
+    PackedImage::BlockPointer pack(const Image::Block& block, const std::uint8_t* last);
 
     std::shared_ptr<Piece> piece;
     std::size_t used = 0; // bytes of the piece
     std::int64_t bytes = 0;
-    std::optional<Image> lastImage;
-    std::optional<PackedImage> lastPacked; // made from it
+    std::optional<Image> lastImage; // none after a rest
+    std::optional<PackedImage> lastPacked;
 };
 
 // Unpacks one picture after another. Blocks that a picture shares with the one before are shared by the

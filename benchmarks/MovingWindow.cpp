@@ -1,9 +1,9 @@
 // A window whose every pixel changes at a steady rate, with the number of its picture in its corner:
 // something to record. Or, with --quiet, a still one with a blinking caret while the pointer moves about now
-// and then; or, with --scene, an editor, a chat, a film, or nothing at all.
+// and then; or, with --scene, an editor, a chat, a film, a photograph that stands still, or nothing at all.
 //
 //   moving-window [--size WxH] [--at X,Y] [--fps N] [--jitter MS] [--seconds S] [--quiet]
-//                 [--scene typing|chat|video|still] [--log FILE]
+//                 [--scene typing|chat|video|wallpaper|still] [--log FILE]
 //
 // --log: each picture's number and when it was drawn, in seconds of the monotonic clock, one a line.
 
@@ -116,6 +116,9 @@ public:
         if (name == "video")
             return std::make_unique<clipwren::VideoScene>(connection, window, options.width, options.height,
                                                           screen->root_depth);
+        if (name == "wallpaper")
+            return std::make_unique<clipwren::WallpaperScene>(connection, window, options.width,
+                                                              options.height, screen->root_depth);
         return nullptr;
     }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 
 namespace clipwren {
 
@@ -40,20 +39,40 @@ VideoScene::VideoScene(xcb_connection_t* connection, xcb_window_t window, int wi
         const xcb_pixmap_t picture = xcb_generate_id(connection);
         xcb_create_pixmap(connection, depth, picture, window, static_cast<std::uint16_t>(width),
                           static_cast<std::uint16_t>(height));
-        // In strips, since a request has a largest size.
-        constexpr int strip = 16;
-        for (int y = 0; y < height; y += strip) {
-            const int rows = std::min(strip, height - y);
-            xcb_put_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, picture, graphics,
-                          static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(rows), 0,
-                          static_cast<std::int16_t>(y), 0, depth,
-                          static_cast<std::uint32_t>(width * rows * 4),
-                          reinterpret_cast<const std::uint8_t*>(pixels.data() +
-                                                                static_cast<std::ptrdiff_t>(y) * width));
-        }
+        put(pixels, picture, depth);
         pictures.push_back(picture);
     }
     xcb_flush(connection);
+}
+
+void WallpaperScene::draw(int tick) {
+    if (tick != 0) return;
+    // Light and texture of every size, alike in all channels, and noise in each.
+    constexpr int side = 256;
+    std::vector<double> texture(side * side);
+    for (double& value : texture)
+        value = static_cast<double>(random() % 1000) / 1000 - 0.5;
+    const auto smooth = [&](double x, double y) {
+        const int left = static_cast<int>(x), top = static_cast<int>(y);
+        const double right = x - left, bottom = y - top;
+        const auto at = [&](int atX, int atY) {
+            return texture[static_cast<std::size_t>(atY % side * side + atX % side)];
+        };
+        return (at(left, top) * (1 - right) + at(left + 1, top) * right) * (1 - bottom) +
+               (at(left, top + 1) * (1 - right) + at(left + 1, top + 1) * right) * bottom;
+    };
+    std::vector<std::uint32_t> pixels;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            double light = 120;
+            for (int size = 2, strength = 12; size <= 256; size *= 2, strength += 12)
+                light +=
+                    strength * smooth(static_cast<double>(x) / size + size, static_cast<double>(y) / size);
+            const auto noise = [&] { return static_cast<double>(random() % 7) - 3; };
+            pixels.push_back(channel(light * 1.1 + noise(), 16) | channel(light + noise(), 8) |
+                             channel(light * 0.8 + 20 + noise(), 0));
+        }
+    put(pixels, window, depth);
 }
 
 } // namespace clipwren

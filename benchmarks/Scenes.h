@@ -2,6 +2,8 @@
 
 #include <xcb/xcb.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -50,6 +52,19 @@ protected:
                       static_cast<std::int16_t>(top), static_cast<std::uint16_t>(w),
                       static_cast<std::uint16_t>(height - top - by));
         fill(0xFFFFFF, left, height - by, w, by);
+    }
+    void put(const std::vector<std::uint32_t>& pixels, xcb_drawable_t where, std::uint8_t depth) {
+        // In strips, since a request has a largest size.
+        constexpr int strip = 16;
+        for (int y = 0; y < height; y += strip) {
+            const int rows = std::min(strip, height - y);
+            xcb_put_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, where, graphics,
+                          static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(rows), 0,
+                          static_cast<std::int16_t>(y), 0, depth,
+                          static_cast<std::uint32_t>(width * rows * 4),
+                          reinterpret_cast<const std::uint8_t*>(pixels.data() +
+                                                                static_cast<std::ptrdiff_t>(y) * width));
+        }
     }
     std::string words(std::size_t length) {
         std::string text;
@@ -126,6 +141,19 @@ public:
 
 private:
     std::vector<xcb_pixmap_t> pictures;
+};
+
+// A photograph with the noise of its sensor, which stands still.
+class WallpaperScene : public Scene {
+public:
+    WallpaperScene(xcb_connection_t* connection, xcb_window_t window, int width, int height,
+                   std::uint8_t depth)
+        : Scene(connection, window, width, height),
+          depth(depth) {}
+    void draw(int tick) override;
+
+private:
+    std::uint8_t depth;
 };
 
 } // namespace clipwren

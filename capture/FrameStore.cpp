@@ -7,12 +7,22 @@
 
 namespace clipwren {
 
+namespace {
+
+// Packing all of a picture again must be rare.
+constexpr double secondsUntilRest = 5;
+
+} // namespace
+
 FrameStore::FrameStore(MemoryWatch watch, std::function<bool()> isBehind)
     : watch(std::move(watch)),
       isBehind(std::move(isBehind)) {}
 
 void FrameStore::didOutputSample(CaptureStream&, const StreamSample& sample, StreamOutputType type) {
     if (type != StreamOutputType::screen || !sample.isValid) return;
+    if (sample.status == static_cast<int>(FrameStatus::idle) && startPTS &&
+        (sample.presentationTime - lastPTS).seconds() >= secondsUntilRest)
+        packer.rest();
     if (sample.status != static_cast<int>(FrameStatus::complete) || !sample.image) return;
 
     const MediaTime time = startPTS ? sample.presentationTime - *startPTS : MediaTime::zero();
@@ -23,6 +33,7 @@ void FrameStore::didOutputSample(CaptureStream&, const StreamSample& sample, Str
         return;
     }
     if (!startPTS) startPTS = sample.presentationTime;
+    lastPTS = sample.presentationTime;
     byteCountTotal =
         checkedAdd(byteCountTotal, checkedMultiply(sample.image->bytesPerRow(), sample.image->height()));
 }

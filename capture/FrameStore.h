@@ -21,7 +21,8 @@ public:
     FrameStore(MemoryWatch watch, std::function<bool()> isBehind);
 
     // Keeps the sample's picture if it is a valid, complete picture of the screen and there is memory for it;
-    // drops it silently otherwise. The first kept frame has the zero time.
+    // drops it silently otherwise. The first kept frame has the zero time. An idle sample long after the last
+    // picture lets go of memory.
     void didOutputSample(CaptureStream& stream, const StreamSample& sample, StreamOutputType type) override;
 
     // Hands out all frames in the order of their arrival and starts afresh.
@@ -39,6 +40,7 @@ private:
     ImagePacker packer;
     std::vector<RecordedFrame> frames;
     std::optional<MediaTime> startPTS; // of the first kept frame
+    MediaTime lastPTS;                 // of the last one
     std::int64_t byteCountTotal = 0;
 };
 

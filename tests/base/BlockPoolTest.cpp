@@ -42,6 +42,26 @@ TEST(BlockPool, TakesMemoryInChunksAndGivesItBack) {
     EXPECT_EQ(pool.byteCount(), chunk);
 }
 
+TEST(BlockPool, GivesTheLastChunkBackWhenAskedTo) {
+    BlockPool pool(4160);
+    pool.releaseSpare();
+    void* piece = pool.take();
+    pool.releaseSpare();
+    EXPECT_GT(pool.byteCount(), 0u);
+    pool.giveBack(piece);
+    EXPECT_GT(pool.byteCount(), 0u);
+    pool.releaseSpare();
+    EXPECT_EQ(pool.byteCount(), 0u);
+    pool.giveBack(pool.take());
+    EXPECT_GT(pool.byteCount(), 0u);
+
+    static BlockPool& lasting = BlockPool::makeLasting(4160);
+    lasting.giveBack(lasting.take());
+    EXPECT_GT(lasting.byteCount(), 0u);
+    BlockPool::releaseSpares();
+    EXPECT_EQ(lasting.byteCount(), 0u);
+}
+
 TEST(BlockPool, UsesPiecesAgain) {
     BlockPool pool(128);
     std::set<void*> first;

@@ -60,6 +60,34 @@ TEST(PackedImage, SharesWhatPicturesShareWithTheOneBefore) {
     }
 }
 
+TEST(PackedImage, SharesAlsoAfterARestWithWhatHasEqualPixels) {
+    const Image first = noise(200, 100, 5);
+    const std::vector<Pixel> fresh(40 * 20, 0xFF00FF00);
+    const Image::Patch patch{{70, 20, 40, 20}, fresh.data(), 40};
+    const std::vector<Pixel> pixels = pixelsOf(first.replacing({&patch, 1}));
+    const Image second(PixelView{pixels.data(), 200, 100, 200}); // no block of the first one
+    const Image third = noise(200, 101, 6);
+
+    ImagePacker packer;
+    packer.rest();
+    const PackedImage one = packer.pack(first);
+    const std::int64_t before = packer.byteCount();
+    packer.rest();
+    const PackedImage two = packer.pack(second);
+    EXPECT_LT(packer.byteCount() - before, before / 4);
+    packer.rest();
+    const PackedImage three = packer.pack(third); // of another size
+
+    ImageUnpacker unpacker;
+    const Image unpackedFirst = unpacker.unpack(one);
+    const Image unpackedSecond = unpacker.unpack(two);
+    EXPECT_EQ(pixelsOf(unpackedFirst), pixelsOf(first));
+    EXPECT_EQ(pixelsOf(unpackedSecond), pixels);
+    EXPECT_EQ(unpackedSecond.blocksDiffering(unpackedFirst),
+              (std::vector<PixelRect>{{64, 16, 64, 16}, {64, 32, 64, 16}}));
+    EXPECT_EQ(pixelsOf(unpacker.unpack(three)), pixelsOf(third));
+}
+
 TEST(PackedImage, CanBeUnpackedInAnyOrder) {
     ImagePacker packer;
     std::vector<PackedImage> packed;

@@ -104,6 +104,36 @@ TEST_F(FrameStoreTest, HandsOutThePicturesThatItWasGiven) {
     }
 }
 
+TEST_F(FrameStoreTest, LetsGoOfThePlainPictureInALongRest) {
+    const auto idleAt = [](std::int64_t seconds) {
+        return StreamSample{.isValid = true, .status = 1, .presentationTime = {seconds, 1}};
+    };
+    std::weak_ptr<const Image::Block> block;
+    const auto pictureAt = [&](std::int64_t seconds) {
+        // Made anew each time: no two share a block.
+        Image image = plainImage(640, 360);
+        block = image.allRows().front()->front();
+        return StreamSample{
+            .isValid = true, .status = 0, .image = std::move(image), .presentationTime = {seconds, 1}};
+    };
+    offer(idleAt(0));
+    offer(pictureAt(1));
+    offer(idleAt(3));
+    EXPECT_FALSE(block.expired());
+    offer(idleAt(11));
+    EXPECT_TRUE(block.expired());
+    // The next one is kept as ever, and shares what is the same.
+    offer(pictureAt(12));
+    EXPECT_FALSE(block.expired());
+    const auto frames = store.take();
+    ASSERT_EQ(frames.size(), 2u);
+    ImageUnpacker unpacker;
+    const Image first = frames[0].image.unpacked(unpacker), second = frames[1].image.unpacked(unpacker);
+    EXPECT_TRUE(second.blocksDiffering(first).empty());
+    EXPECT_EQ(pixelsOf(second), pixelsOf(plainImage(640, 360)));
+    EXPECT_EQ(frames[1].presentationTime, (MediaTime{11, 1}));
+}
+
 TEST_F(FrameStoreTest, ReportsShortMemoryOnceAndGoesOn) {
     platform.memory.left = memoryReserve({640, 360}) - 1;
     for (int i = 0; i < 3; ++i)

@@ -33,6 +33,7 @@ FrameComposer::FrameComposer(PixelSize region, PixelSize frame)
 }
 
 void FrameComposer::update(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
+    if (isResting && !showsAlready(rect, pixels, stride)) wake();
     // Tile by tile it is noted what differs, since much of what is redrawn comes out as it was; but the
     // memory is gone through row by row, in which the processor can see a pattern.
     const int firstColumn = rect.x / Image::blockWidth;
@@ -58,10 +59,11 @@ void FrameComposer::update(const PixelRect& rect, const Pixel* pixels, std::ptrd
 }
 
 void FrameComposer::adopt(Pixel* pixels) {
+    if (isResting && !showsAlready({0, 0, size.width, size.height}, pixels, size.width)) wake();
     // Comparing here must save more than it costs: the frame's blocks are compared anyway.
     if (scaler && !scaler->isQuick())
         markDifferences(pixels);
-    else
+    else if (!isResting)
         changed.markAll();
     region = pixels;
     ownRegion = {};
@@ -89,6 +91,7 @@ void FrameComposer::markDifferences(const Pixel* pixels) {
 }
 
 void FrameComposer::clear() {
+    wake();
     if (!region) {
         ownRegion.resize(pixelCount());
         region = ownRegion.data();
@@ -104,18 +107,20 @@ PixelRect FrameComposer::cursorRect() const {
 
 void FrameComposer::setCursor(std::shared_ptr<const CursorImage> picture, int x, int y) {
     if (picture == cursor && (!picture || (x == cursorX && y == cursorY))) return;
-    changed.mark(cursorRect());
+    const PixelRect from = cursorRect();
+    const PixelRect to =
+        picture ? picture->rect(x, y).intersection({0, 0, size.width, size.height}) : PixelRect();
+    if (!from.isEmpty() || !to.isEmpty()) wake();
+    changed.mark(from);
+    changed.mark(to);
     cursor = std::move(picture);
     cursorX = x;
     cursorY = y;
-    changed.mark(cursorRect());
 }
 
 std::optional<Image> FrameComposer::compose() {
-    if (previous && changed.isEmpty()) return std::nullopt;
-    drawCursor();
-    Image next = previous ? nextFrame() : firstFrame();
-    removeCursor();
+    if (isResting || (previous && changed.isEmpty())) return std::nullopt;
+    Image next = previous ? nextFrame() : wholeFrame();
     changed.clear();
 
     // What changed may not show: under the pointer, or in the rounding of the scaler.
@@ -124,31 +129,60 @@ std::optional<Image> FrameComposer::compose() {
     return isNew ? std::optional(std::move(next)) : std::nullopt;
 }
 
-Image FrameComposer::firstFrame() {
-    if (!scaler) return Image(view(), Image::Alpha::undefined);
-    std::vector<Pixel> scaled(static_cast<std::size_t>(frameSize.width) *
-                              static_cast<std::size_t>(frameSize.height));
-    scaler->scale(view(), {0, 0, frameSize.width, frameSize.height}, scaled.data(), frameSize.width);
-    return Image({scaled.data(), frameSize.width, frameSize.height, frameSize.width},
-                 Image::Alpha::undefined);
+void FrameComposer::rest() {
+    if (!previous || !changed.isEmpty()) return;
+    previous.reset();
+    isResting = true;
+}
+
+// To be called before what the frame shows changes.
+void FrameComposer::wake() {
+    if (!isResting) return;
+    previous = wholeFrame();
+    isResting = false;
+}
+
+// Whether these are the region's pixels; a different alpha may count as another pixel.
+bool FrameComposer::showsAlready(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride) {
+    for (int y = 0; y < rect.height; ++y)
+        if (std::memcmp(pixels + y * stride, at(rect.x, rect.y + y),
+                        static_cast<std::size_t>(rect.width) * sizeof(Pixel)) != 0)
+            return false;
+    return true;
+}
+
+Image FrameComposer::wholeFrame() {
+    drawCursor();
+    std::vector<Pixel> scaled;
+    PixelView whole = view();
+    if (scaler) {
+        scaled.resize(static_cast<std::size_t>(frameSize.width) * static_cast<std::size_t>(frameSize.height));
+        scaler->scale(whole, {0, 0, frameSize.width, frameSize.height}, scaled.data(), frameSize.width);
+        whole = {scaled.data(), frameSize.width, frameSize.height, frameSize.width};
+    }
+    Image frame(whole, Image::Alpha::undefined);
+    removeCursor();
+    return frame;
 }
 
 Image FrameComposer::nextFrame() {
-    const std::vector<PixelRect> rects = changed.rects();
-    if (!scaler) {
-        std::vector<Image::Patch> patches;
-        for (const PixelRect& rect : rects)
-            patches.push_back({rect, at(rect.x, rect.y), size.width});
-        return previous->replacing(patches, Image::Alpha::undefined);
-    }
+    drawCursor();
+    std::vector<Image::Patch> patches;
     std::vector<PixelRect> affected;
-    for (const PixelRect& rect : rects)
-        affected.push_back(scaler->affected(rect));
+    for (const PixelRect& rect : changed.rects()) {
+        if (scaler)
+            affected.push_back(scaler->affected(rect));
+        else
+            patches.push_back({rect, at(rect.x, rect.y), size.width});
+    }
     // Straight into the frame's blocks.
     const auto paint = [this](const PixelRect& part, Pixel* pixels) {
         scaler->scale(view(), part, pixels, Image::blockWidth);
     };
-    return previous->repainting(affected, paint, Image::Alpha::undefined);
+    Image frame = scaler ? previous->repainting(affected, paint, Image::Alpha::undefined)
+                         : previous->replacing(patches, Image::Alpha::undefined);
+    removeCursor();
+    return frame;
 }
 
 // Drawn into the region for as long as a frame is made, so that copying and scaling need to know of one

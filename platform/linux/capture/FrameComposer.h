@@ -42,10 +42,16 @@ public:
     // first call always gives a frame.
     std::optional<Image> compose();
 
+    // Lets go of the last frame, for when nothing is going to change soon. It is made anew when something
+    // does: then the next frame shares nothing with those before. Does nothing while a frame is due.
+    void rest();
+
 private:
+    void wake();
+    bool showsAlready(const PixelRect& rect, const Pixel* pixels, std::ptrdiff_t stride);
+    Image wholeFrame();
     void drawCursor();
     void removeCursor();
-    Image firstFrame();
     Image nextFrame();
     void markDifferences(const Pixel* pixels);
     PixelRect cursorRect() const;
@@ -64,7 +70,8 @@ private:
     int cursorY = 0;
     std::vector<Pixel> underCursor;   // while the cursor is drawn into the region
     std::optional<AreaScaler> scaler; // none where a frame's pixels are the screen's
-    std::optional<Image> previous;
+    std::optional<Image> previous;    // none at first and while resting
+    bool isResting = false;
 };
 
 } // namespace clipwren

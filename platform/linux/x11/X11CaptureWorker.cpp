@@ -31,6 +31,10 @@ constexpr std::int64_t leastOfAllDenominator = 5;
 // something else.
 constexpr int mostRefusals = 3;
 
+// After so long without a change the next one is taken to be far. Long enough for what the next one then
+// costs not to matter.
+constexpr Nanoseconds restAfter = 10'000 * millisecond;
+
 // When the region has moved with its display, the veil over it follows, and the windows below find their
 // places.
 constexpr Nanoseconds screensSettleIn = 250 * millisecond;
@@ -80,10 +84,13 @@ std::optional<PlatformError> X11CaptureWorker::run() {
             link->sleep(X11CaptureLink::now() + absenceCheck);
             continue;
         }
-        if (nextLook() > X11CaptureLink::now())
-            sleep();
-        else
+        const Nanoseconds now = X11CaptureLink::now();
+        if (nextLook() <= now)
             look(false);
+        else if (restsAt <= now)
+            rest();
+        else
+            sleep();
     }
     // What was drawn since the last frame belongs to the recording, even if its time had not come yet.
     if (end.requested() == EndSignal::Request::finish && !failure && !pictureIsStale && !place->isAway()) {
@@ -160,8 +167,21 @@ void X11CaptureWorker::sleep() {
         link->sleepDeaf(pacer.earliest());
         return handleEvents(now);
     }
-    const Nanoseconds due = nextLook();
+    const Nanoseconds due = std::min(nextLook(), restsAt);
     link->sleep(due == INT64_MAX ? std::nullopt : std::optional(due));
+}
+
+// Nothing has changed for long: memory that was held for what comes next is given back, and the receiver
+// hears of the rest.
+void X11CaptureWorker::rest() {
+    restsAt = X11CaptureLink::now() + restAfter;
+    if (!client.takesSample()) return;
+    composer->rest();
+    reader->rest();
+    client.deliver({.isValid = true,
+                    .status = static_cast<int>(FrameStatus::idle),
+                    .presentationTime = MediaTime::nanoseconds(X11CaptureLink::now())});
+    restsAt = INT64_MAX;
 }
 
 // What has happened since the time given, if it is not known any better.
@@ -249,6 +269,7 @@ void X11CaptureWorker::look(bool isLast) {
         if (!insideRegion) return;
     } else {
         pacer.took(time);
+        restsAt = time + restAfter;
     }
     sample.status = static_cast<int>(sample.image ? FrameStatus::complete : FrameStatus::idle);
     if (!std::exchange(hasStarted, true)) client.captureStarted();

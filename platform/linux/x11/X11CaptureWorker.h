@@ -55,6 +55,7 @@ private:
     void settle();
     void handleEvents(std::optional<Nanoseconds> since = {});
     void sleep();
+    void rest();
     void followScreens();
     Nanoseconds nextLook() const;
     void look(bool isLast);
@@ -87,6 +88,7 @@ private:
     bool isAhead = false; // what the last look found had been drawn long before its time
     int refusals = 0;     // in a row
     Nanoseconds heldUntil = 0;
+    Nanoseconds restsAt = INT64_MAX; // if nothing changes until then; never while it rests
     std::optional<PlatformError> failure;
 };
 

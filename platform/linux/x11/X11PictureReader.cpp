@@ -98,14 +98,15 @@ unsigned int X11PictureReader::request(const PixelRect& rect, std::int64_t offse
 }
 
 void X11PictureReader::askStaying(const PixelRect& rect) {
-    stayingPart = 1 - stayingPart;
     stayingSize = rect.area();
-    stayingRequest = request(rect, stayingPart * capacity);
+    stayingRequest = request(rect, (1 - stayingPart) * capacity);
 }
 
 Pixel* X11PictureReader::takeStaying() {
     const auto reply = link.await<xcb_shm_get_image_reply_t>(stayingRequest);
-    return reply && reply->size >= byteCount(stayingSize) ? pixels + stayingPart * capacity : nullptr;
+    if (!reply || reply->size < byteCount(stayingSize)) return nullptr;
+    stayingPart = 1 - stayingPart;
+    return pixels + stayingPart * capacity;
 }
 
 void X11PictureReader::ask(std::span<const PixelRect> rects) {
@@ -130,6 +131,18 @@ bool X11PictureReader::take(const Sink& sink) {
         offset += rect.area();
     }
     return allRead;
+}
+
+void X11PictureReader::rest() {
+    if (!pixels) return;
+    // Whole pages; they read as zeros afterwards. Nothing is lost when that fails.
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    for (const int part : {1 - stayingPart, 2}) {
+        const std::size_t begin = (byteCount(part * capacity) + page - 1) / page * page;
+        const std::size_t end = byteCount((part + 1) * capacity) / page * page;
+        if (begin < end)
+            (void)madvise(reinterpret_cast<std::byte*>(pixels) + begin, end - begin, MADV_REMOVE);
+    }
 }
 
 bool X11PictureReader::readPlain(const PixelRect& rect, const Sink& sink) {

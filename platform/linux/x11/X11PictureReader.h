@@ -44,9 +44,12 @@ public:
 
     // Where isShared(): asks for a rectangle. Each is followed by `takeStaying`, which returns its pixels in
     // plain rows without a gap, null on a failure. They are the caller's to write to, and stay until the next
-    // but one is asked for.
+    // ones have been returned.
     void askStaying(const PixelRect& rect);
     Pixel* takeStaying();
+
+    // Lets go of the memory that holds nothing which must stay.
+    void rest();
 
 private:
     bool share();
@@ -62,7 +65,7 @@ private:
     std::vector<unsigned int> requests; // of the rectangles asked for
     unsigned int stayingRequest = 0;
     std::int64_t stayingSize = 0;
-    int stayingPart = 0; // of the segment: 0 or 1
+    int stayingPart = 0; // of the segment, 0 or 1: where the pixels are that were returned last
 };
 
 } // namespace clipwren

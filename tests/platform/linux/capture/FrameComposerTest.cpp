@@ -127,6 +127,33 @@ TEST(FrameComposer, IsBlackAfterClearing) {
     EXPECT_EQ(pixelsOf(*frame), std::vector<Pixel>(800, opaque));
 }
 
+TEST(FrameComposer, MakesNoFrameWhileItRestsAndGoesOnWithTheOneItShowed) {
+    for (const PixelSize frameSize : {PixelSize{100, 50}, {50, 25}, {40, 20}}) {
+        FrameComposer composer({100, 50}, frameSize);
+        composer.setCursor(arrow(), 40, 20);
+        const auto first = composer.compose();
+        ASSERT_TRUE(first);
+        composer.rest();
+        EXPECT_FALSE(composer.compose());
+        // What comes out as it was does not wake it, nor does a pointer elsewhere.
+        const std::vector<Pixel> black(5000, opaque), white(5000, 0xFFFFFFFF);
+        composer.update({0, 0, 100, 20}, black.data(), 100);
+        EXPECT_FALSE(composer.compose());
+        composer.update({10, 30, 2, 2}, white.data(), 100);
+        const auto second = composer.compose();
+        ASSERT_TRUE(second);
+        EXPECT_NE(pixelsOf(*second), pixelsOf(*first));
+        composer.update({10, 30, 2, 2}, black.data(), 100);
+        const auto third = composer.compose();
+        ASSERT_TRUE(third);
+        EXPECT_EQ(pixelsOf(*third), pixelsOf(*first));
+        // A frame that is due is not forgotten.
+        composer.update({10, 30, 2, 2}, white.data(), 100);
+        composer.rest();
+        EXPECT_TRUE(composer.compose());
+    }
+}
+
 TEST(FrameComposer, NeverDiffersFromTheWholePictureMadeAnew) {
     std::mt19937 random(9);
     const PixelSize regions[][2] = {
@@ -140,6 +167,7 @@ TEST(FrameComposer, NeverDiffersFromTheWholePictureMadeAnew) {
         std::shared_ptr<const CursorImage> cursor;
         int x = 0, y = 0;
         for (int round = 0; round < 150; ++round) {
+            if (random() % 4 == 0) composer.rest();
             for (unsigned count = random() % 4; count > 0; --count) {
                 const int left = static_cast<int>(random() % width),
                           top = static_cast<int>(random() % height);
