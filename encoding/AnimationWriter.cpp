@@ -69,11 +69,12 @@ void chooseColors(FrameJob& job, const ColorIndexer& indexer) {
     job.change = job.previous ? changeSince(*job.previous, job.image) : wholeFrame(job.image);
     for (const PixelRect& block : job.healing)
         job.change.addHealing(job.image, block);
-    // One index is for what stays.
     if (job.change.isEmpty()) return;
-    job.indexed = indexer.index(job.change.colors, largestPalette - 1);
-    // Bands that move are not seen; mixing would only cost bytes.
     const bool mostMoves = job.previous && 2 * job.change.colors.size() > pixelCount(job.image);
+    // One index is for what stays.
+    job.indexed =
+        indexer.index(job.change.colors, largestPalette - 1, mostMoves ? Precision::coarse : Precision::fine);
+    // Bands that move are not seen; mixing would only cost bytes.
     if (!job.indexed.palette.empty() && !mostMoves)
         ditherGradients(job.image, job.change, job.indexed.palette, job.indexed.indices);
 }

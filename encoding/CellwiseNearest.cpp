@@ -62,16 +62,15 @@ struct Surroundings {
     explicit Surroundings(Pixel color) {
         constexpr Pixel inCell = 0x010101u * (outerSide - 1);
         const Pixel low = color & ~inCell & 0xFFFFFFu;
-        const Pixel middle = low + 0x010101u * (outerSide / 2);
-        const PerceptualColor place = perceptualColor(middle);
-        lightness = static_cast<int>(place.lightness);
-        first = static_cast<int>(place.first);
-        second = static_cast<int>(place.second);
+        const Pixel middleColor = low + 0x010101u * (outerSide / 2);
+        const PerceptualColor place = perceptualColor(middleColor);
+        middle = {static_cast<int>(place.lightness), static_cast<int>(place.first),
+                  static_cast<int>(place.second)};
         for (std::size_t i = 0; i < 3; ++i) {
             const int least = static_cast<int>(low >> (8 * i) & 0xFF);
-            steps[i] =
-                stepBetween(perceptualColor(withComponent(middle, i, least)),
-                            perceptualColor(withComponent(middle, i, least + outerSide - 1)), outerSide - 1);
+            steps[i] = stepBetween(perceptualColor(withComponent(middleColor, i, least)),
+                                   perceptualColor(withComponent(middleColor, i, least + outerSide - 1)),
+                                   outerSide - 1);
         }
     }
 
@@ -83,10 +82,7 @@ struct Surroundings {
         return result / fineness;
     }
 
-    // Its middle.
-    int lightness;
-    int first;
-    int second;
+    Vector middle; // without the fineness
     // A step of blue, green and red.
     std::array<Vector, 3> steps;
 };
@@ -113,6 +109,21 @@ void takePlaces(int offset, std::array<int, 3> slope, int entry, int* __restrict
     }
 }
 
+// The squared distances of so many places from the middle, and the least of them.
+CLIPWREN_WIDE_VECTORS
+int measure(const int* lightness, const int* first, const int* second, std::size_t count,
+            const Vector& middle, int* __restrict distances) {
+    int least = std::numeric_limits<int>::max();
+    for (std::size_t i = 0; i < count; ++i) {
+        const int x = lightness[i] - middle.lightness;
+        const int y = first[i] - middle.first;
+        const int z = second[i] - middle.second;
+        distances[i] = x * x + y * y + z * z;
+        least = std::min(least, distances[i]);
+    }
+    return least;
+}
+
 } // namespace
 
 CellwiseNearest::CellwiseNearest(const Palette& palette) : palette(palette) {
@@ -127,17 +138,12 @@ CellwiseNearest::CellwiseNearest(const Palette& palette) : palette(palette) {
 std::uint32_t CellwiseNearest::exploreOuter(Pixel color) {
     const Surroundings around(color);
     std::array<int, largestPalette> distances; // without the fineness
-    int least = std::numeric_limits<int>::max();
-    for (std::size_t i = 0; i < palette.size(); ++i) {
-        const int x = lightness[i] - around.lightness;
-        const int y = first[i] - around.first;
-        const int z = second[i] - around.second;
-        distances[i] = x * x + y * y + z * z;
-        least = std::min(least, distances[i]);
-    }
+    const int least = measure(lightness.data(), first.data(), second.data(), palette.size(), around.middle,
+                              distances.data());
     const auto candidateAt = [&](std::size_t i) {
-        Vector entry{fineness * (lightness[i] - around.lightness), fineness * (first[i] - around.first),
-                     fineness * (second[i] - around.second)};
+        Vector entry{fineness * (lightness[i] - around.middle.lightness),
+                     fineness * (first[i] - around.middle.first),
+                     fineness * (second[i] - around.middle.second)};
         if (outerCellOf(palette[i]) == outerCellOf(color)) {
             // Placed by the same steps as the colours that are looked for, it is exactly where its own is.
             entry = {};

@@ -9,6 +9,8 @@ constexpr std::size_t flatRow = 4;
 
 } // namespace
 
+ColorHistogram::ColorHistogram(int bits) : bits(bits), numbers(std::size_t{1} << (3 * bits)) {}
+
 void ColorHistogram::addNeighbors(std::span<const Pixel> colors) {
     for (std::size_t i = 0; i < colors.size();) {
         const std::size_t begin = i;
@@ -18,12 +20,12 @@ void ColorHistogram::addNeighbors(std::span<const Pixel> colors) {
         if (i - begin >= flatRow)
             addExact(color, i - begin);
         else
-            bins[binOf(color)].add(color, static_cast<std::uint32_t>(i - begin));
+            binOf(color).add(color, static_cast<std::uint32_t>(i - begin));
     }
 }
 
 void ColorHistogram::addExact(Pixel color, std::size_t times) {
-    if (!exact.add(color, times)) bins[binOf(color)].add(color, static_cast<std::uint32_t>(times));
+    if (!exact.add(color, times)) binOf(color).add(color, static_cast<std::uint32_t>(times));
 }
 
 std::vector<WeightedColor> ColorHistogram::summary() const {
@@ -31,8 +33,21 @@ std::vector<WeightedColor> ColorHistogram::summary() const {
     for (const ColorCensus::Entry& entry : exact.entries())
         result.push_back({entry.color, static_cast<float>(entry.count)});
     for (const Bin& bin : bins)
-        if (bin.count > 0) result.push_back({bin.mean(), static_cast<float>(bin.count)});
+        result.push_back({bin.mean(), static_cast<float>(bin.count)});
     return result;
+}
+
+ColorHistogram::Bin& ColorHistogram::binOf(Pixel color) {
+    const Pixel mask = (1u << bits) - 1;
+    std::size_t place = 0;
+    for (int shift = 24; shift > 0; shift -= 8)
+        place = place << bits | (color >> (shift - bits) & mask);
+    std::uint32_t& number = numbers[place];
+    if (number == 0) {
+        bins.emplace_back();
+        number = static_cast<std::uint32_t>(bins.size());
+    }
+    return bins[number - 1];
 }
 
 void ColorHistogram::Bin::add(Pixel color, std::uint32_t times) {

@@ -11,10 +11,13 @@
 
 namespace clipwren {
 
-// Few colours that stand for very many pixels of very many colours. Near ones are taken together, five bits a
-// component, but not those of flat areas, which are recognised by rows of equal neighbours.
+// Few colours that stand for very many pixels of very many colours. Near ones are taken together, but not
+// those of flat areas, which are recognised by rows of equal neighbours.
 class ColorHistogram {
 public:
+    // Colours are near that agree in so many upper bits of each component, 1 to 8.
+    explicit ColorHistogram(int bits = 5);
+
     // Counts pixels as they lie side by side.
     void addNeighbors(std::span<const Pixel> colors);
 
@@ -32,12 +35,12 @@ private:
         Pixel mean() const;
     };
     static constexpr std::size_t mostExactColors = 8192;
-    static std::size_t binOf(Pixel color) {
-        return (color >> 9 & 0x7C00) | (color >> 6 & 0x03E0) | (color >> 3 & 0x001F);
-    }
+    Bin& binOf(Pixel color);
 
+    int bits;
     ColorCensus exact{mostExactColors};
-    std::vector<Bin> bins = std::vector<Bin>(std::size_t{1} << 15);
+    std::vector<std::uint32_t> numbers; // of the bins that are in use, plus 1
+    std::vector<Bin> bins;
 };
 
 } // namespace clipwren

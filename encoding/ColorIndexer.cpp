@@ -17,6 +17,8 @@ namespace {
 
 // As many colours are looked at one by one; beyond that near colours are taken together.
 constexpr std::size_t censusLimit = 8192;
+constexpr int coarseBits = 5;
+constexpr int fineBits = 6;
 // What the shared palette may get wrong: in any pixel, and in all pixels together for each byte that it
 // saves. In just noticeable differences.
 constexpr double largestMisfit = 2.8;
@@ -47,10 +49,10 @@ std::vector<std::uint8_t> entryIndices(std::span<const Pixel> colors, const Colo
 
 std::vector<std::uint8_t> nearestIndices(std::span<const Pixel> colors, const ColorCensus& census,
                                          const Palette& palette) {
-    CellwiseNearest nearest(palette);
+    const NearestColor nearest(palette);
     std::vector<std::uint8_t> byEntry;
     for (const ColorCensus::Entry& entry : census.entries())
-        byEntry.push_back(nearest.find(entry.color));
+        byEntry.push_back(nearest.find(perceptualColor(entry.color)));
     return entryIndices(colors, census, byEntry);
 }
 
@@ -102,7 +104,8 @@ std::optional<std::vector<std::uint8_t>> ColorIndexer::sharedEntries(const Color
     return result;
 }
 
-IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t limit) const {
+IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t limit,
+                                  Precision precision) const {
     IndexedColors result;
     if (const auto census = ColorCensus::take(colors, censusLimit)) {
         const bool fitsOwnTable = census->entries().size() <= limit;
@@ -118,7 +121,7 @@ IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t lim
         }
     } else {
         result.manyColors = true;
-        ColorHistogram histogram;
+        ColorHistogram histogram(precision == Precision::fine ? fineBits : coarseBits);
         histogram.addNeighbors(colors);
         result.palette = quantize(histogram.summary(), limit);
         result.indices = nearestIndices(colors, result.palette);

@@ -20,6 +20,10 @@ struct IndexedColors {
     bool manyColors = false; // too many to look at each, as in photographs
 };
 
+// How many of very many colours are told apart when a palette is chosen for them. What moves is well served
+// by fewer: the pictures are hardly worse and take far fewer bytes.
+enum class Precision { coarse, fine };
+
 // Chooses palettes for the changes of frames. Any thread may ask at any time.
 class ColorIndexer {
 public:
@@ -31,7 +35,8 @@ public:
     // and picks an entry for each: the shared palette where it serves so well that a table of its own would
     // not be worth its bytes. Without it no more than `limit` colours stay exact. Equal colours become equal,
     // wherever they are, so that flat areas stay flat; large ones are exact in the shared palette too.
-    IndexedColors index(std::span<const Pixel> colors, std::size_t limit) const;
+    IndexedColors index(std::span<const Pixel> colors, std::size_t limit,
+                        Precision precision = Precision::fine) const;
 
 private:
     std::uint8_t sharedEntry(Pixel color) const;

@@ -20,8 +20,10 @@ constexpr int reach = 8;
 constexpr float nearestMixed = 2;
 constexpr float farthestMixed = 16;
 
-// How far beyond a colour its second entry is looked for, in distances from the nearest.
-constexpr int farthestLean = 4;
+// What the dots of a mixture are worth against its being off, both as squared distances.
+constexpr float worthOfDots = 0.3f;
+// So many entries around the nearest are tried.
+constexpr std::size_t mostPartners = 16;
 
 // B. E. Bayer, An optimum method for two-level rendition of continuous-tone pictures, 1973.
 constexpr int patternSide = 8;
@@ -80,61 +82,82 @@ struct Neighborhood {
 
 class Mixer {
 public:
-    explicit Mixer(const Palette& palette) : palette(palette), nearest(palette) {}
+    explicit Mixer(const Palette& palette) : palette(palette), neighborhoods(palette.size()) {
+        for (const Pixel color : palette)
+            places.push_back(perceptualColor(color));
+    }
 
     // The nearest entry or the one that is mixed with it: that one's share of the mixture decides, against a
     // threshold of 0 to 63.
     std::uint8_t mixed(Pixel color, std::uint8_t near, int threshold) {
-        const Pixel nearColor = palette[near];
-        const std::uint8_t far = secondOf(color, near);
-        const Pixel farColor = palette[far];
-        int along = 0;
-        int whole = 0;
-        for (int shift = 0; shift < 24; shift += 8) {
-            const int step = component(farColor, shift) - component(nearColor, shift);
-            along += step * (component(color, shift) - component(nearColor, shift));
-            whole += step * step;
-        }
-        if (whole == 0 || along * static_cast<int>(pattern.size()) <= threshold * whole) return near;
-        const float distance = squaredDistance(perceptualColor(nearColor), perceptualColor(farColor));
-        return distance < square(nearestMixed * perceptualUnit) ||
-                       distance > square(farthestMixed * perceptualUnit)
-                   ? near
-                   : far;
+        Mixture& slot = known[(color * 2654435761u) >> (32 - hashBits)];
+        if (slot.color != color) slot = mixture(color, near);
+        return threshold < slot.share ? slot.far : near;
     }
 
 private:
-    std::uint8_t secondOf(Pixel color, std::uint8_t near) {
-        Known& slot = known[(color * 2654435761u) >> (32 - hashBits)];
-        if (slot.color != color) slot = {color, beyond(color, near)};
-        return slot.far;
-    }
-
-    // The entry that the colour leans to, away from the nearest.
-    std::uint8_t beyond(Pixel color, std::uint8_t near) const {
-        std::uint8_t far = near;
-        for (int times = 1; times <= farthestLean && far == near; times *= 2) {
-            Pixel leaning = 0;
-            for (int shift = 0; shift < 24; shift += 8) {
-                const int value = component(color, shift);
-                const int step = value - component(palette[near], shift);
-                leaning |= static_cast<Pixel>(std::clamp(value + times * step, 0, 255)) << shift;
-            }
-            far = nearest.find(perceptualColor(leaning));
-        }
-        return far;
-    }
-
-    static constexpr int hashBits = 12;
-    struct Known {
+    struct Mixture {
         Pixel color = 0xFFFFFFFF; // none
         std::uint8_t far = 0;
+        std::uint8_t share = 0; // of the far one, in parts of the pattern
     };
 
+    // Of those mixtures of the nearest entry and another whose mean comes near the colour, the one with the
+    // least conspicuous dots.
+    Mixture mixture(Pixel color, std::uint8_t near) {
+        const PerceptualColor wanted = difference(perceptualColor(color), places[near]);
+        float best = squared(wanted);
+        Mixture result{.color = color, .far = near};
+        for (const std::uint8_t entry : neighborsOf(near)) {
+            const PerceptualColor step = difference(places[entry], places[near]);
+            const float length = squared(step);
+            const float share = std::clamp(dot(step, wanted) / length, 0.0f, 0.5f);
+            const PerceptualColor rest{wanted.lightness - share * step.lightness,
+                                       wanted.first - share * step.first,
+                                       wanted.second - share * step.second};
+            const float cost = squared(rest) + worthOfDots * share * (1 - share) * length;
+            if (cost >= best) continue;
+            best = cost;
+            result.far = entry;
+            result.share = length < square(nearestMixed * perceptualUnit)
+                               ? std::uint8_t{0}
+                               : static_cast<std::uint8_t>(share * static_cast<float>(pattern.size()) + 0.5f);
+        }
+        return result;
+    }
+
+    // The nearest others, none of which is equal to the entry.
+    const std::vector<std::uint8_t>& neighborsOf(std::uint8_t entry) {
+        std::vector<std::uint8_t>& result = neighborhoods[entry];
+        if (!result.empty()) return result;
+        std::vector<std::pair<float, std::uint8_t>> others;
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            const float distance = squaredDistance(places[i], places[entry]);
+            if (distance > 0 && distance <= square(farthestMixed * perceptualUnit))
+                others.emplace_back(distance, static_cast<std::uint8_t>(i));
+        }
+        const std::size_t count = std::min(others.size(), mostPartners);
+        std::partial_sort(others.begin(), others.begin() + static_cast<std::ptrdiff_t>(count), others.end());
+        for (std::size_t i = 0; i < count; ++i)
+            result.push_back(others[i].second);
+        return result;
+    }
+
+    static PerceptualColor difference(const PerceptualColor& a, const PerceptualColor& b) {
+        return {a.lightness - b.lightness, a.first - b.first, a.second - b.second};
+    }
+    static float dot(const PerceptualColor& a, const PerceptualColor& b) {
+        return a.lightness * b.lightness + a.first * b.first + a.second * b.second;
+    }
+    static float squared(const PerceptualColor& a) { return dot(a, a); }
+
+    static constexpr int hashBits = 12;
+
     const Palette& palette;
-    const NearestColor nearest;
+    std::vector<PerceptualColor> places;
+    std::vector<std::vector<std::uint8_t>> neighborhoods;
     // The colours of a gradient come again row by row; of two that meet here the later one stays.
-    std::vector<Known> known{std::size_t{1} << hashBits};
+    std::vector<Mixture> known{std::size_t{1} << hashBits};
 };
 
 } // namespace

@@ -13,19 +13,21 @@ namespace clipwren {
 
 namespace {
 
-// Refining takes time by the sample: fewer rounds for many.
-constexpr std::size_t refinedSamples = 12000;
-constexpr std::size_t mostRefinements = 3;
+// Refining takes time by the sample, which is worth it for many pixels: a round for as many of them a sample.
+constexpr double pixelsOfRefinement = 5;
+constexpr double mostRefinements = 8;
 constexpr int evenRefinements = 6;
 // A colour that makes up that share of its cluster stands for it instead of the mean.
 constexpr float dominance = 0.4f;
 // A colour with that many times the pixels of a mean entry is kept as it is.
-constexpr double prevalence = 1;
+constexpr double prevalence = 1.5;
+constexpr double evenPrevalence = 1;
 
 struct Sample {
     PerceptualColor place;
     Pixel color = 0;
     float weight = 0;
+    std::uint8_t owner = 0; // a guess at the nearest place
 };
 
 using Axis = float PerceptualColor::*;
@@ -120,10 +122,22 @@ struct Gathering {
     }
 };
 
+// The square of half the way to the nearest other place: what is nearer than that is nearest to this one
+// (C. Elkan, Using the triangle inequality to accelerate k-means, 2003).
+std::vector<float> surelyOwned(std::span<const PerceptualColor> places) {
+    std::vector<float> result(places.size(), std::numeric_limits<float>::max());
+    for (std::size_t i = 0; i < places.size(); ++i)
+        for (std::size_t j = 0; j < i; ++j) {
+            const float distance = squaredDistance(places[i], places[j]) / 4;
+            result[i] = std::min(result[i], distance);
+            result[j] = std::min(result[j], distance);
+        }
+    return result;
+}
+
 // Moves every mean to the middle of the samples that are nearer to it than to any other or to a kept sample.
 // Means without any vanish.
-void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept,
-            std::span<const Sample> samples) {
+void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept, std::span<Sample> samples) {
     std::vector<PerceptualColor> places;
     for (const Sample& sample : kept)
         places.push_back(sample.place);
@@ -131,20 +145,26 @@ void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept,
         places.push_back(gathering.meanPlace());
 
     const NearestColor nearest(places);
+    const std::vector<float> realms = surelyOwned(places);
     gatherings.assign(gatherings.size(), {});
-    for (const Sample& sample : samples) {
-        const std::size_t place = nearest.find(sample.place);
-        if (place >= kept.size()) gatherings[place - kept.size()].add(sample);
+    for (Sample& sample : samples) {
+        const bool isKnown = sample.owner < places.size() &&
+                             squaredDistance(sample.place, places[sample.owner]) < realms[sample.owner];
+        if (!isKnown) sample.owner = nearest.find(sample.place);
+        if (sample.owner >= kept.size()) gatherings[sample.owner - kept.size()].add(sample);
     }
     std::erase_if(gatherings, [](const Gathering& gathering) { return gathering.weight == 0; });
 }
 
-std::vector<Gathering> gathered(std::vector<Sample>& samples, std::size_t limit) {
+// With places after so many kept ones.
+std::vector<Gathering> gathered(std::vector<Sample>& samples, std::size_t limit, std::size_t kept) {
     std::vector<Gathering> gatherings;
     for (const Cluster& cluster : divided(samples, limit)) {
         Gathering& gathering = gatherings.emplace_back();
-        for (std::size_t i = cluster.begin; i < cluster.end; ++i)
+        for (std::size_t i = cluster.begin; i < cluster.end; ++i) {
             gathering.add(samples[i]);
+            samples[i].owner = static_cast<std::uint8_t>(kept + gatherings.size() - 1);
+        }
     }
     return gatherings;
 }
@@ -174,11 +194,11 @@ std::vector<Gathering> farApart(std::span<const Sample> kept, std::span<const Sa
 
 // Takes the samples out that have so many pixels that they earn an entry of their own, however near others
 // are.
-std::vector<Sample> takePrevalent(std::vector<Sample>& samples, std::size_t limit) {
+std::vector<Sample> takePrevalent(std::vector<Sample>& samples, std::size_t limit, double share) {
     double total = 0;
     for (const Sample& sample : samples)
         total += sample.weight;
-    const double threshold = prevalence * total / static_cast<double>(limit);
+    const double threshold = share * total / static_cast<double>(limit);
     const auto begin = std::stable_partition(samples.begin(), samples.end(),
                                              [&](const Sample& sample) { return sample.weight < threshold; });
     std::vector<Sample> prevalent(begin, samples.end());
@@ -214,20 +234,23 @@ Palette heaviestFirst(std::vector<Sample> prevalent, std::vector<Gathering> gath
 
 Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
     std::vector<Sample> samples = samplesOf(colors);
-    std::vector<Sample> prevalent = takePrevalent(samples, limit);
+    std::vector<Sample> prevalent = takePrevalent(samples, limit, prevalence);
     std::vector<Gathering> gatherings;
     if (!samples.empty() && prevalent.size() < limit)
-        gatherings = gathered(samples, limit - prevalent.size());
-    const std::size_t refinements =
-        std::clamp(refinedSamples / (samples.size() + 1), std::size_t{1}, mostRefinements);
-    for (std::size_t i = 0; i < refinements; ++i)
+        gatherings = gathered(samples, limit - prevalent.size(), prevalent.size());
+    double weight = 0;
+    for (const WeightedColor& color : colors)
+        weight += color.weight;
+    const auto rounds = static_cast<std::size_t>(std::clamp(
+        weight / (pixelsOfRefinement * static_cast<double>(samples.size() + 1)), 1.0, mostRefinements));
+    for (std::size_t i = 0; i < rounds; ++i)
         refine(gatherings, prevalent, samples);
     return heaviestFirst(std::move(prevalent), std::move(gatherings));
 }
 
 Palette quantizeEvenly(const std::vector<WeightedColor>& colors, std::size_t limit) {
     std::vector<Sample> samples = samplesOf(colors);
-    std::vector<Sample> prevalent = takePrevalent(samples, limit);
+    std::vector<Sample> prevalent = takePrevalent(samples, limit, evenPrevalence);
     std::vector<Gathering> gatherings;
     if (!samples.empty()) gatherings = farApart(prevalent, samples, limit - prevalent.size());
     for (int i = 0; i < evenRefinements; ++i)

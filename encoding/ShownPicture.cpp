@@ -19,7 +19,7 @@ constexpr std::uint32_t worthOfStep = 2;
 // How much farther off than the nearest colour of the palette a pixel may be that needs not be drawn then.
 constexpr std::uint32_t unnoticed = 2;
 // The same while most of the picture moves.
-constexpr std::uint32_t unnoticedInMotion = 5;
+constexpr std::uint32_t unnoticedInMotion = 6;
 
 int brightness(Pixel color) {
     return static_cast<int>((77 * (color >> 16 & 0xFF) + 150 * (color >> 8 & 0xFF) + 29 * (color & 0xFF)) >>
