@@ -76,10 +76,15 @@ struct Surroundings {
 
     // How far from the middle a colour of the cell can be at most, without the fineness.
     double reach() const {
-        double result = 0;
-        for (const Vector& step : steps)
-            result += outerSide / 2 * std::sqrt(static_cast<double>(dot(step, step)));
-        return result / fineness;
+        int farthest = 0;
+        for (const int first : {-1, 1})
+            for (const int second : {-1, 1}) {
+                Vector corner = steps[0];
+                corner += first * steps[1];
+                corner += second * steps[2];
+                farthest = std::max(farthest, dot(corner, corner));
+            }
+        return outerSide / 2 * std::sqrt(static_cast<double>(farthest)) / fineness;
     }
 
     Vector middle; // without the fineness

@@ -9,7 +9,14 @@ constexpr std::size_t flatRow = 4;
 
 } // namespace
 
-ColorHistogram::ColorHistogram(int bits) : bits(bits), numbers(std::size_t{1} << (3 * bits)) {}
+ColorHistogram::ColorHistogram(int bits)
+    : redShift(24 - 3 * bits),
+      greenShift(16 - 2 * bits),
+      blueShift(8 - bits),
+      redMask(((1u << bits) - 1) << (2 * bits)),
+      greenMask(((1u << bits) - 1) << bits),
+      blueMask((1u << bits) - 1),
+      numbers(std::size_t{1} << (3 * bits)) {}
 
 void ColorHistogram::addNeighbors(std::span<const Pixel> colors) {
     for (std::size_t i = 0; i < colors.size();) {
@@ -37,17 +44,9 @@ std::vector<WeightedColor> ColorHistogram::summary() const {
     return result;
 }
 
-ColorHistogram::Bin& ColorHistogram::binOf(Pixel color) {
-    const Pixel mask = (1u << bits) - 1;
-    std::size_t place = 0;
-    for (int shift = 24; shift > 0; shift -= 8)
-        place = place << bits | (color >> (shift - bits) & mask);
-    std::uint32_t& number = numbers[place];
-    if (number == 0) {
-        bins.emplace_back();
-        number = static_cast<std::uint32_t>(bins.size());
-    }
-    return bins[number - 1];
+std::uint32_t ColorHistogram::addBin() {
+    bins.emplace_back();
+    return static_cast<std::uint32_t>(bins.size());
 }
 
 void ColorHistogram::Bin::add(Pixel color, std::uint32_t times) {

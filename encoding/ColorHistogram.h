@@ -15,7 +15,7 @@ namespace clipwren {
 // those of flat areas, which are recognised by rows of equal neighbours.
 class ColorHistogram {
 public:
-    // Colours are near that agree in so many upper bits of each component, 1 to 8.
+    // Colours are near that agree in so many upper bits of each component, 1 to 7.
     explicit ColorHistogram(int bits = 5);
 
     // Counts pixels as they lie side by side.
@@ -35,9 +35,17 @@ private:
         Pixel mean() const;
     };
     static constexpr std::size_t mostExactColors = 8192;
-    Bin& binOf(Pixel color);
+    // Inline: it is asked for every pixel.
+    Bin& binOf(Pixel color) {
+        std::uint32_t& number = numbers[(color >> redShift & redMask) | (color >> greenShift & greenMask) |
+                                        (color >> blueShift & blueMask)];
+        if (number == 0) number = addBin();
+        return bins[number - 1];
+    }
+    std::uint32_t addBin();
 
-    int bits;
+    int redShift, greenShift, blueShift;
+    Pixel redMask, greenMask, blueMask;
     ColorCensus exact{mostExactColors};
     std::vector<std::uint32_t> numbers; // of the bins that are in use, plus 1
     std::vector<Bin> bins;

@@ -17,8 +17,6 @@ namespace {
 
 // As many colours are looked at one by one; beyond that near colours are taken together.
 constexpr std::size_t censusLimit = 8192;
-constexpr int coarseBits = 5;
-constexpr int fineBits = 6;
 // What the shared palette may get wrong: in any pixel, and in all pixels together for each byte that it
 // saves. In just noticeable differences.
 constexpr double largestMisfit = 2.8;
@@ -71,6 +69,21 @@ std::vector<std::uint8_t> nearestIndices(std::span<const Pixel> colors, const Pa
     return indices;
 }
 
+ColorHistogram fineHistogram(std::span<const Pixel> colors) {
+    ColorHistogram histogram(6);
+    histogram.addNeighbors(colors);
+    return histogram;
+}
+
+// Every other part of the pixels is enough here.
+ColorHistogram coarseHistogram(std::span<const Pixel> colors) {
+    constexpr std::size_t part = Image::blockWidth;
+    ColorHistogram histogram(5);
+    for (std::size_t i = 0; i < colors.size(); i += 2 * part)
+        histogram.addNeighbors(colors.subspan(i, std::min(part, colors.size() - i)));
+    return histogram;
+}
+
 double distanceBetween(Pixel a, Pixel b) {
     return std::sqrt(squaredDistance(perceptualColor(a), perceptualColor(b))) / perceptualUnit;
 }
@@ -121,8 +134,8 @@ IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t lim
         }
     } else {
         result.manyColors = true;
-        ColorHistogram histogram(precision == Precision::fine ? fineBits : coarseBits);
-        histogram.addNeighbors(colors);
+        const ColorHistogram histogram =
+            precision == Precision::fine ? fineHistogram(colors) : coarseHistogram(colors);
         result.palette = quantize(histogram.summary(), limit);
         result.indices = nearestIndices(colors, result.palette);
     }

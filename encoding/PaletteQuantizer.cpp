@@ -14,9 +14,11 @@ namespace clipwren {
 namespace {
 
 // Refining takes time by the sample, which is worth it for many pixels: a round for as many of them a sample.
-constexpr double pixelsOfRefinement = 5;
+constexpr double pixelsOfRefinement = 8;
 constexpr double mostRefinements = 8;
 constexpr int evenRefinements = 6;
+// So many samples a place make it worth to measure the places among themselves.
+constexpr std::size_t worthMeasuring = 8;
 // A colour that makes up that share of its cluster stands for it instead of the mean.
 constexpr float dominance = 0.4f;
 // A colour with that many times the pixels of a mean entry is kept as it is.
@@ -145,7 +147,9 @@ void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept, st
         places.push_back(gathering.meanPlace());
 
     const NearestColor nearest(places);
-    const std::vector<float> realms = surelyOwned(places);
+    const std::vector<float> realms = samples.size() > worthMeasuring * places.size()
+                                          ? surelyOwned(places)
+                                          : std::vector<float>(places.size());
     gatherings.assign(gatherings.size(), {});
     for (Sample& sample : samples) {
         const bool isKnown = sample.owner < places.size() &&

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 #include <set>
@@ -167,6 +168,43 @@ TEST(ColorIndexer, OneColorOfManyIsAllowed) {
     const std::vector<Pixel> colors = randomColors(1'000, 5);
     const IndexedColors indexed = indexColors(colors, 1);
     expectSound(colors, indexed, 1);
+}
+
+// Far more colours than are looked at one by one, as in a photograph of a few things.
+std::vector<Pixel> photograph(unsigned seed) {
+    std::mt19937 random(seed);
+    std::normal_distribution<double> spread(0, 12);
+    std::vector<Pixel> colors(100'000);
+    for (std::size_t i = 0; i < colors.size(); ++i) {
+        Pixel color = 0;
+        const Pixel thing = std::array<Pixel, 4>{0x406030, 0x90A0C0, 0xC0A080, 0x302820}[i / 500 % 4];
+        for (int shift = 0; shift < 24; shift += 8)
+            color |= static_cast<Pixel>(std::clamp((thing >> shift & 0xFF) + spread(random), 0.0, 255.0))
+                     << shift;
+        colors[i] = color;
+    }
+    return colors;
+}
+
+TEST(ColorIndexer, EveryColorOfAPhotographGetsItsNearestEntry) {
+    const std::vector<Pixel> colors = photograph(5);
+    const IndexedColors indexed = indexColors(colors, 255);
+    expectSound(colors, indexed, 255);
+    EXPECT_TRUE(indexed.manyColors);
+    IndexedColors thorough = indexed;
+    const NearestColor nearest(indexed.palette);
+    for (std::size_t i = 0; i < colors.size(); ++i)
+        thorough.indices[i] = nearest.find(perceptualColor(colors[i]));
+    EXPECT_LE(meanDistance(colors, indexed), 1.005 * meanDistance(colors, thorough));
+}
+
+TEST(ColorIndexer, FinePrecisionComesNearer) {
+    const std::vector<Pixel> colors = photograph(6);
+    const ColorIndexer indexer({0, 0xFF00FF});
+    const double fine = meanDistance(colors, indexer.index(colors, 255, Precision::fine));
+    const double coarse = meanDistance(colors, indexer.index(colors, 255, Precision::coarse));
+    EXPECT_LT(fine, coarse);
+    EXPECT_LT(coarse, 1.3 * fine);
 }
 
 } // namespace
