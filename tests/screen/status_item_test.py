@@ -229,8 +229,9 @@ class StatusItemTest(ScreenTest):
                 pattern.close()
                 text = "free"
                 subprocess.run(["xclip", "-selection", "clipboard"], input=text, text=True, timeout=10)
-                self.assertEqual(subprocess.run(["xclip", "-o", "-selection", "clipboard"], capture_output=True,
-                                                text=True, timeout=10).stdout, text)
+                # It goes on in the background, which may take the clipboard a moment later.
+                wait_for(lambda: subprocess.run(["xclip", "-o", "-selection", "clipboard"], capture_output=True,
+                                                text=True, timeout=10).stdout == text, "the clipboard of another program")
 
 
 class ItemTest(StatusItemTest):
