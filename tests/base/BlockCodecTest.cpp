@@ -52,7 +52,7 @@ TEST(BlockCodec, KeepsEveryCountOfColours) {
         // And in runs, which leaves groups that repeat the row above.
         packedSize(made([&](unsigned x, unsigned y) { return colors[(x / 9 + y / 5) % count]; }));
         // And with more of them from row to row.
-        packedSize(made([&](unsigned, unsigned y) { return colors[random() % (count * y / 15 + 1)]; }));
+        packedSize(made([&](unsigned, unsigned y) { return colors[random() % ((count - 1) * y / 15 + 1)]; }));
     }
 }
 
