@@ -10,14 +10,14 @@ namespace {
 constexpr double unnoticed = 0.0098;
 constexpr double longestPatience = 0.25; // a pixel
 // What healing a misfit takes; much of it is colour, and part of it stays. It is settled when it is drawn.
-constexpr double stepsOfMisfit = 0.03;
+constexpr double stepsOfMisfit = 0.015;
 constexpr std::uint32_t stillFrames = 3;
 constexpr std::uint8_t mostAttempts = 3;
 // The share of the picture that is drawn again in one frame.
-constexpr std::size_t shareOfBlocks = 8;
+constexpr std::size_t shareOfBlocks = 6;
 
 // The mean misfit of a block's pixels, over red, green and blue together, that is worth to be healed.
-constexpr double visibleMisfit = 4;
+constexpr double visibleMisfit = 3;
 
 } // namespace
 

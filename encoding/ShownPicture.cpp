@@ -13,9 +13,9 @@ namespace {
 // No colour: so that all of the first frame is drawn.
 constexpr Pixel nothingYet = 0xFFFFFFFF;
 // How much nearer a colour has to come before a pixel that stands still is drawn again.
-constexpr std::uint32_t worthWhile = 4;
+constexpr std::uint32_t worthWhile = 2;
 // The same for each step of brightness that it takes.
-constexpr std::uint32_t worthOfStep = 2;
+constexpr std::uint32_t worthOfStep = 3;
 // How much farther off than the nearest colour of the palette a pixel may be that needs not be drawn then.
 constexpr std::uint32_t unnoticed = 2;
 // The same while most of the picture moves.
