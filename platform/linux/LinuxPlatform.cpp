@@ -143,6 +143,7 @@ int LinuxPlatform::run(std::function<void()> endsUnasked) {
     parts->display->setLossHandler([&unaskedEnd] { unaskedEnd.displayIsLost(); });
     parts->mainQueue.asyncAfter(warmUpDelay, [this, &unaskedEnd] {
         warmUp(parts->canvases);
+        parts->session.listen();
         unaskedEnd.watchExit();
     });
     const int status = QApplication::exec();

@@ -43,24 +43,28 @@ LinuxSession::LinuxSession(X11Connection& connection, int idleLimit)
 
 LinuxSession::~LinuxSession() {
     if (reaching.joinable()) reaching.join();
-    if (busesAreSought) QDBusConnection::disconnectFromBus(systemBusName);
+    if (listens) QDBusConnection::disconnectFromBus(systemBusName);
 }
 
 std::unique_ptr<SessionObserver> LinuxSession::observeWillLock(std::function<void()> handler) {
-    if (!std::exchange(watchesScreenSaver, true)) screenSaver.observeBegin([this] { willLock.tell(); });
-    reachBuses();
+    listen();
     return std::make_unique<Observer>(*this, handler);
 }
 
 std::shared_ptr<ShutdownDelay> LinuxSession::delayShutdown(const std::string& reason,
                                                            std::function<void()> willShutDown) {
-    reachBuses();
+    listen();
     return logind.delayShutdown(reason, std::move(willShutDown));
 }
 
-// Once: a system bus that is not there when the user records is not there.
+void LinuxSession::listen() {
+    if (std::exchange(listens, true)) return;
+    screenSaver.observeBegin([this] { willLock.tell(); });
+    reachBuses();
+}
+
+// Once: a system bus that is not there when the desktop is comes no more.
 void LinuxSession::reachBuses() {
-    if (std::exchange(busesAreSought, true)) return;
     reaching = std::thread([this] {
         listenToScreenSavers();
         std::optional<QDBusConnection> systemBus;

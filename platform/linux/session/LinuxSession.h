@@ -19,8 +19,8 @@ namespace clipwren {
 // The session of a Linux desktop under X11: what logind on the system bus, screen savers on the session bus
 // and the X server's own screen saver tell of it. Main thread only.
 //
-// The buses are reached at the first call, on a thread of its own: until then they cost nothing, and
-// neither the selector nor a recording ever waits for them. Where there is none, the rest works.
+// The buses are reached on a thread of its own: neither the selector nor a recording ever waits for them.
+// Where there is none, the rest works.
 class LinuxSession final : public Session {
 public:
     // A program that locks an idle screen by a clock of its own tells nobody. Usually it counts in minutes.
@@ -32,6 +32,10 @@ public:
     ~LinuxSession() override;
     LinuxSession(const LinuxSession&) = delete;
     LinuxSession& operator=(const LinuxSession&) = delete;
+
+    // Listens from soon on, once; without it from the first call of another operation on, which may then miss
+    // what happens in its first moment.
+    void listen();
 
     std::unique_ptr<SessionObserver> observeWillLock(std::function<void()> handler) override;
     std::shared_ptr<ShutdownDelay> delayShutdown(const std::string& reason,
@@ -46,10 +50,9 @@ private:
     const int idleLimit; // milliseconds
     Listeners willLock;
     X11ScreenSaver screenSaver;
-    bool watchesScreenSaver = false;
     BusSignals screenSaverSignals;
     Logind logind;
-    bool busesAreSought = false;
+    bool listens = false;
     QObject context; // what comes from the other thread hangs on
     std::thread reaching;
 };
