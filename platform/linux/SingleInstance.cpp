@@ -130,7 +130,7 @@ Expected<void, PlatformError> triggerRunningInstance() {
 
 Expected<void, PlatformError> quitRunningInstance() {
     const auto application = applicationIfNone();
-    const auto asked = askForAction(quitAction);
+    auto asked = askForAction(quitAction);
     if (!asked) return asked;
     QDBusConnectionInterface* bus = QDBusConnection::sessionBus().interface();
     QElapsedTimer waited;

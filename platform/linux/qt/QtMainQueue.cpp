@@ -27,9 +27,8 @@ QTimer* startTimer(QObject& owner, int interval, bool repeats, std::function<voi
     timer->setSingleShot(!repeats);
     QObject::connect(timer, &QTimer::timeout, timer,
                      [timer, repeats, work = std::make_shared<std::function<void()>>(std::move(work))] {
-                         const auto running = work;
                          if (!repeats) timer->deleteLater();
-                         (*running)();
+                         (*std::shared_ptr(work))();
                      });
     timer->start(interval);
     return timer;

@@ -81,6 +81,7 @@ QtSettingsWindow::QtSettingsWindow(const SettingsContent& content)
     stack->addSpacing(sectionSpacing);
 
     std::vector<QWidget*> popupRows;
+    popupRows.reserve(popups.size());
     for (std::size_t i = 0; i < popups.size(); ++i)
         popupRows.push_back(makePopupRow(content.popups[i], static_cast<SettingsPopup>(i)));
     stack->addWidget(makeSection(content.recordingTitle, popupRows));
