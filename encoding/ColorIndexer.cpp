@@ -22,6 +22,9 @@ constexpr std::size_t censusLimit = 8192;
 constexpr double largestMisfit = 2.8;
 constexpr double largestMisfitOfColor = 300; // all its pixels together: large flat areas are exact
 constexpr double worthOfByte = 2;
+// Entries that are nearer to each other would cost bytes where everything moves. In just noticeable
+// differences.
+constexpr float coarsestStep = 0.6f;
 
 std::vector<std::uint8_t> exactIndices(std::span<const Pixel> colors, const ColorCensus& census) {
     std::vector<std::uint8_t> indices(colors.size());
@@ -119,6 +122,7 @@ std::optional<std::vector<std::uint8_t>> ColorIndexer::sharedEntries(const Color
 
 IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t limit,
                                   Precision precision) const {
+    const float apart = precision == Precision::fine ? 0 : coarsestStep;
     IndexedColors result;
     if (const auto census = ColorCensus::take(colors, censusLimit)) {
         const bool fitsOwnTable = census->entries().size() <= limit;
@@ -129,14 +133,14 @@ IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t lim
             result.palette = exactPalette(*census);
             result.indices = exactIndices(colors, *census);
         } else {
-            result.palette = quantize(weightedColors(*census), limit);
+            result.palette = quantize(weightedColors(*census), limit, apart);
             result.indices = nearestIndices(colors, *census, result.palette);
         }
     } else {
         result.manyColors = true;
         const ColorHistogram histogram =
             precision == Precision::fine ? fineHistogram(colors) : coarseHistogram(colors);
-        result.palette = quantize(histogram.summary(), limit);
+        result.palette = quantize(histogram.summary(), limit, apart);
         result.indices = nearestIndices(colors, result.palette);
     }
     return result;

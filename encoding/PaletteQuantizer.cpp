@@ -210,10 +210,6 @@ std::vector<Sample> takePrevalent(std::vector<Sample>& samples, std::size_t limi
     return prevalent;
 }
 
-void addOnce(Palette& palette, Pixel color) {
-    if (std::find(palette.begin(), palette.end(), color) == palette.end()) palette.push_back(color);
-}
-
 std::vector<Sample> samplesOf(const std::vector<WeightedColor>& colors) {
     std::vector<Sample> samples;
     samples.reserve(colors.size());
@@ -222,21 +218,39 @@ std::vector<Sample> samplesOf(const std::vector<WeightedColor>& colors) {
     return samples;
 }
 
-Palette heaviestFirst(std::vector<Sample> prevalent, std::vector<Gathering> gatherings) {
+// A palette that grows.
+class Selection {
+public:
+    // Unless the colour is there already, or one that is so near.
+    void add(Pixel color, float apart) {
+        const PerceptualColor place = perceptualColor(color);
+        for (std::size_t i = 0; i < palette.size(); ++i)
+            if (palette[i] == color || squaredDistance(places[i], place) < apart * apart) return;
+        palette.push_back(color);
+        places.push_back(place);
+    }
+
+    Palette palette;
+
+private:
+    std::vector<PerceptualColor> places;
+};
+
+Palette heaviestFirst(std::vector<Sample> prevalent, std::vector<Gathering> gatherings, float apart) {
     const auto heavier = [](const auto& a, const auto& b) { return a.weight > b.weight; };
     std::stable_sort(prevalent.begin(), prevalent.end(), heavier);
     std::stable_sort(gatherings.begin(), gatherings.end(), heavier);
-    Palette palette;
+    Selection selection;
     for (const Sample& sample : prevalent)
-        addOnce(palette, sample.color);
+        selection.add(sample.color, 0);
     for (const Gathering& gathering : gatherings)
-        addOnce(palette, gathering.representative());
-    return palette;
+        selection.add(gathering.representative(), apart * perceptualUnit);
+    return std::move(selection.palette);
 }
 
 } // namespace
 
-Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
+Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit, float apart) {
     std::vector<Sample> samples = samplesOf(colors);
     std::vector<Sample> prevalent = takePrevalent(samples, limit, prevalence);
     std::vector<Gathering> gatherings;
@@ -249,7 +263,7 @@ Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit) {
         weight / (pixelsOfRefinement * static_cast<double>(samples.size() + 1)), 1.0, mostRefinements));
     for (std::size_t i = 0; i < rounds; ++i)
         refine(gatherings, prevalent, samples);
-    return heaviestFirst(std::move(prevalent), std::move(gatherings));
+    return heaviestFirst(std::move(prevalent), std::move(gatherings), apart);
 }
 
 Palette quantizeEvenly(const std::vector<WeightedColor>& colors, std::size_t limit) {
@@ -259,7 +273,7 @@ Palette quantizeEvenly(const std::vector<WeightedColor>& colors, std::size_t lim
     if (!samples.empty()) gatherings = farApart(prevalent, samples, limit - prevalent.size());
     for (int i = 0; i < evenRefinements; ++i)
         refine(gatherings, prevalent, samples);
-    return heaviestFirst(std::move(prevalent), std::move(gatherings));
+    return heaviestFirst(std::move(prevalent), std::move(gatherings), 0);
 }
 
 } // namespace clipwren

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <random>
 #include <set>
 
@@ -151,6 +152,24 @@ TEST(CommonPalette, LeavesOutFramesThatBringTheirOwn) {
     CommonPalette common;
     common.consider(before, picture.imageAfter(before));
     EXPECT_EQ(common.choose(255).size(), 1u);
+}
+
+TEST(PaletteQuantizer, KeepsEntriesApart) {
+    std::vector<WeightedColor> colors;
+    for (Pixel grey = 0; grey < 256; ++grey)
+        colors.push_back({grey * 0x010101, 1});
+    const auto nearest = [](const Palette& palette) {
+        float least = std::numeric_limits<float>::max();
+        for (std::size_t i = 0; i < palette.size(); ++i)
+            for (std::size_t j = 0; j < i; ++j)
+                least = std::min(least,
+                                 squaredDistance(perceptualColor(palette[i]), perceptualColor(palette[j])));
+        return std::sqrt(least) / perceptualUnit;
+    };
+    EXPECT_LT(nearest(quantize(colors, 255)), 0.5);
+    const Palette apart = quantize(colors, 255, 2);
+    EXPECT_GE(nearest(apart), 2);
+    EXPECT_GT(apart.size(), 20u);
 }
 
 TEST(PaletteQuantizer, EvenlyLeavesNoColorFarFromAll) {
