@@ -31,7 +31,7 @@ constexpr std::uint8_t sharedTransparency = 0;
 // The share of all pixels for which there is time to try out whether staying as they are compresses best.
 constexpr double triedShare = 0.15;
 // Frames from one preview to the next while much moves.
-constexpr std::size_t longestStep = 8;
+constexpr std::size_t longestStep = 16;
 // More would find nothing to do.
 constexpr unsigned mostThreads = 4;
 
