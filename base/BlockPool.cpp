@@ -38,7 +38,8 @@ struct BlockPool::Chunk {
     std::size_t openIndex = 0; // its place among the open ones
 
     static Chunk* of(void* piece) {
-        return reinterpret_cast<Chunk*>(reinterpret_cast<std::uintptr_t>(piece) & ~(chunkSize - 1));
+        const std::size_t offset = reinterpret_cast<std::uintptr_t>(piece) % chunkSize;
+        return reinterpret_cast<Chunk*>(static_cast<std::byte*>(piece) - offset);
     }
     bool isFull(std::size_t pieceSize) const { return !freePieces && untouched + pieceSize > chunkSize; }
 };

@@ -172,7 +172,7 @@ Image Image::repainting(std::span<const PixelRect> rects, const Painter& paint, 
         for (int y = 0; y < part.height; ++y)
             difference |=
                 takeRow(painted->data() + y * blockWidth, before + y * blockWidth, part.width, bits);
-        if (difference != 0) next.set(column, row, std::move(painted));
+        if (difference != 0) next.set(column, row, std::exchange(painted, nullptr));
     }
     return next.take();
 }

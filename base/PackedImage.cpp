@@ -27,13 +27,14 @@ PackedImage ImagePacker::pack(const Image& image) {
 }
 
 PackedImage::RowPointer ImagePacker::pack(std::size_t row, const Image::BlockRow& blocks) {
-    const PackedImage::RowPointer last = lastPacked ? (*lastPacked->rows)[row] : nullptr;
+    PackedImage::RowPointer last = lastPacked ? (*lastPacked->rows)[row] : nullptr;
     PackedImage::BlockRow packed;
     packed.reserve(blocks.size());
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         const bool isSame = lastImage && blocks[i] == (*lastImage->allRows()[row])[i];
         auto block = isSame ? (*last)[i] : pack(*blocks[i], last ? (*last)[i].get() : nullptr);
-        packed.push_back(block ? std::move(block) : (*last)[i]);
+        if (!block) block = (*last)[i];
+        packed.push_back(std::move(block));
     }
     if (last && packed == *last) return last;
     bytes += static_cast<std::int64_t>(packed.size() * sizeof packed.front());
