@@ -18,8 +18,10 @@ namespace {
 constexpr int fineness = 4;
 
 constexpr int side = 4;
-constexpr int placeCount = side * side * side;
 constexpr int outerSide = 8;
+
+// More are not explored: two megabytes of places, and candidates for no more.
+constexpr std::size_t mostCells = 32'768;
 
 Pixel withComponent(Pixel color, std::size_t component, int value) {
     return (color & ~(0xFFu << (8 * component))) | static_cast<Pixel>(value) << (8 * component);
@@ -106,7 +108,7 @@ bool canBeat(const Candidate& candidate, const Candidate& other, int reach) {
 CLIPWREN_WIDE_VECTORS
 void takePlaces(int offset, std::array<int, 3> slope, int entry, int* __restrict least,
                 int* __restrict best) {
-    for (int i = 0; i < placeCount; ++i) {
+    for (int i = 0; i < side * side * side; ++i) {
         const int distance = offset + slope[2] * (i / (side * side) - side / 2) +
                              slope[1] * (i / side % side - side / 2) + slope[0] * (i % side - side / 2);
         best[i] = distance < least[i] ? entry : best[i];
@@ -131,13 +133,22 @@ int measure(const int* lightness, const int* first, const int* second, std::size
 
 } // namespace
 
-CellwiseNearest::CellwiseNearest(const Palette& palette) : palette(palette) {
+CellwiseNearest::CellwiseNearest(const Palette& palette) : palette(palette), oneByOne(palette) {
     for (std::size_t i = 0; i < palette.size(); ++i) {
         const PerceptualColor place = perceptualColor(palette[i]);
         lightness[i] = static_cast<int>(place.lightness);
         first[i] = static_cast<int>(place.first);
         second[i] = static_cast<int>(place.second);
     }
+}
+
+std::uint8_t CellwiseNearest::findInUnknown(Pixel color) {
+    if (nearest.size() > mostCells * placeCount) return oneByOne.find(perceptualColor(color));
+    std::uint32_t& outer = outerCells[outerCellOf(color)];
+    if (outer == unknown) outer = exploreOuter(color);
+    const std::uint32_t cell = explore(color, outer);
+    cells[outer + cellWithin(color)] = cell;
+    return nearest[cell + placeWithin(color)];
 }
 
 std::uint32_t CellwiseNearest::exploreOuter(Pixel color) {
@@ -176,6 +187,7 @@ std::uint32_t CellwiseNearest::exploreOuter(Pixel color) {
 }
 
 std::uint32_t CellwiseNearest::explore(Pixel color, std::uint32_t outer) {
+    static_assert(placeCount == side * side * side);
     const std::size_t number = outer / cellsInOuter;
     const std::span<const Candidate> known(candidates.data() + candidateCounts[number - 1],
                                            candidates.data() + candidateCounts[number]);

@@ -99,6 +99,25 @@ TEST(CellwiseNearest, IsAsGoodAsLookingAtEachEntry) {
     }
 }
 
+TEST(CellwiseNearest, NoiseIsLookedForOneByOneInTheEnd) {
+    std::mt19937 random(6);
+    const Palette palette = variousPalettes(random).back();
+    CellwiseNearest cellwise(palette);
+    for (Pixel color = 0; color < 0x1000000; color += 0x123)
+        ASSERT_LT(cellwise.find(color), palette.size());
+    const NearestColor thorough(palette);
+    for (const Pixel color : palette)
+        EXPECT_EQ(palette[cellwise.find(color)], color);
+    for (int i = 0; i < 1000; ++i) {
+        const Pixel color = random() & 0xFFFFFF;
+        const auto distance = [&](std::uint8_t entry) {
+            return std::sqrt(squaredDistance(perceptualColor(color), perceptualColor(palette[entry])));
+        };
+        EXPECT_LE(distance(cellwise.find(color)),
+                  distance(thorough.find(perceptualColor(color))) * 1.1f + perceptualUnit / 2);
+    }
+}
+
 TEST(PerceptualColor, DistancesGrowWithDifferences) {
     const auto distance = [](Pixel a, Pixel b) {
         return squaredDistance(perceptualColor(a), perceptualColor(b));
