@@ -29,7 +29,7 @@ constexpr std::size_t framesAhead = 4;
 // The index that leaves a pixel as it is, in images with the shared palette.
 constexpr std::uint8_t sharedTransparency = 0;
 // The share of all pixels for which there is time to try out whether staying as they are compresses best.
-constexpr double triedShare = 0.15;
+constexpr double triedShare = 0.05;
 // Frames from one preview to the next while much moves.
 constexpr std::size_t longestStep = 16;
 // More would find nothing to do.
@@ -74,8 +74,8 @@ void chooseColors(FrameJob& job, const ColorIndexer& indexer) {
     // One index is for what stays.
     job.indexed =
         indexer.index(job.change.colors, largestPalette - 1, mostMoves ? Precision::coarse : Precision::fine);
-    // Bands that move are not seen; mixing would only cost bytes.
-    if (!job.indexed.palette.empty() && !mostMoves)
+    // Bands that move or hardly differ are not seen; mixing would only cost bytes.
+    if (!job.indexed.palette.empty() && !mostMoves && !job.indexed.allNear)
         ditherGradients(job.image, job.change, job.indexed.palette, job.indexed.indices);
 }
 

@@ -48,13 +48,20 @@ std::vector<std::uint8_t> entryIndices(std::span<const Pixel> colors, const Colo
     return indices;
 }
 
-std::vector<std::uint8_t> nearestIndices(std::span<const Pixel> colors, const ColorCensus& census,
-                                         const Palette& palette) {
-    const NearestColor nearest(palette);
+void takeNearest(IndexedColors& result, std::span<const Pixel> colors, const ColorCensus& census) {
+    std::vector<PerceptualColor> places;
+    for (const Pixel color : result.palette)
+        places.push_back(perceptualColor(color));
+    const NearestColor nearest(places);
     std::vector<std::uint8_t> byEntry;
-    for (const ColorCensus::Entry& entry : census.entries())
-        byEntry.push_back(nearest.find(perceptualColor(entry.color)));
-    return entryIndices(colors, census, byEntry);
+    float farthest = 0;
+    for (const ColorCensus::Entry& entry : census.entries()) {
+        const PerceptualColor place = perceptualColor(entry.color);
+        byEntry.push_back(nearest.find(place));
+        farthest = std::max(farthest, squaredDistance(place, places[byEntry.back()]));
+    }
+    result.indices = entryIndices(colors, census, byEntry);
+    result.allNear = farthest <= perceptualUnit * perceptualUnit;
 }
 
 std::vector<WeightedColor> weightedColors(const ColorCensus& census) {
@@ -132,9 +139,10 @@ IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t lim
         } else if (fitsOwnTable) {
             result.palette = exactPalette(*census);
             result.indices = exactIndices(colors, *census);
+            result.allNear = true;
         } else {
             result.palette = quantize(weightedColors(*census), limit, apart);
-            result.indices = nearestIndices(colors, *census, result.palette);
+            takeNearest(result, colors, *census);
         }
     } else {
         result.manyColors = true;

@@ -18,6 +18,7 @@ struct IndexedColors {
     Palette palette; // empty: the shared one
     std::vector<std::uint8_t> indices;
     bool manyColors = false; // too many to look at each, as in photographs
+    bool allNear = false;    // no colour is off by more than a just noticeable difference
 };
 
 // How many of very many colours are told apart when a palette is chosen for them. What moves is well served

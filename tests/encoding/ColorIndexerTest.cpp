@@ -207,5 +207,15 @@ TEST(ColorIndexer, FinePrecisionComesNearer) {
     EXPECT_LT(coarse, 1.3 * fine);
 }
 
+TEST(ColorIndexer, SaysWhetherAllColorsAreNear) {
+    std::vector<Pixel> greys;
+    for (Pixel color = 0; color < 300; ++color)
+        greys.push_back(color % 256 * 0x010101 ^ color / 256);
+    EXPECT_TRUE(indexColors(greys, 255).allNear);
+    EXPECT_TRUE(indexColors(randomColors(20, 7), 255).allNear);
+    EXPECT_FALSE(indexColors(greys, 16).allNear);
+    EXPECT_FALSE(indexColors(randomColors(4000, 8), 255).allNear);
+}
+
 } // namespace
 } // namespace clipwren
