@@ -25,7 +25,7 @@ namespace {
 
 // As many frames are worked on at a time: enough for the threads to find work, few enough to need little
 // memory.
-constexpr std::size_t framesAhead = 4;
+constexpr std::size_t framesAhead = 3;
 // The index that leaves a pixel as it is, in images with the shared palette.
 constexpr std::uint8_t sharedTransparency = 0;
 // The share of all pixels for which there is time to try out whether staying as they are compresses best.
