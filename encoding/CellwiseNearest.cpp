@@ -86,7 +86,7 @@ struct Surroundings {
                 corner += second * steps[2];
                 farthest = std::max(farthest, dot(corner, corner));
             }
-        return outerSide / 2 * std::sqrt(static_cast<double>(farthest)) / fineness;
+        return std::sqrt(static_cast<double>(farthest)) * 0.5 * outerSide / fineness;
     }
 
     Vector middle; // without the fineness

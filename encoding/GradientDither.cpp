@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <vector>
 
@@ -119,9 +120,10 @@ private:
             if (cost >= best) continue;
             best = cost;
             result.far = entry;
-            result.share = length < square(nearestMixed * perceptualUnit)
-                               ? std::uint8_t{0}
-                               : static_cast<std::uint8_t>(share * static_cast<float>(pattern.size()) + 0.5f);
+            result.share =
+                length < square(nearestMixed * perceptualUnit)
+                    ? std::uint8_t{0}
+                    : static_cast<std::uint8_t>(std::lround(share * static_cast<float>(pattern.size())));
         }
         return result;
     }
