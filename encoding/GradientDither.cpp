@@ -1,11 +1,13 @@
 #include "encoding/GradientDither.h"
 
-#include "encoding/NearestColor.h"
+#include "encoding/PerceptualColor.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace clipwren {
@@ -130,8 +132,9 @@ private:
 
     // The nearest others, none of which is equal to the entry.
     const std::vector<std::uint8_t>& neighborsOf(std::uint8_t entry) {
-        std::vector<std::uint8_t>& result = neighborhoods[entry];
-        if (!result.empty()) return result;
+        std::optional<std::vector<std::uint8_t>>& found = neighborhoods[entry];
+        if (found) return *found;
+        std::vector<std::uint8_t>& result = found.emplace();
         std::vector<std::pair<float, std::uint8_t>> others;
         for (std::size_t i = 0; i < places.size(); ++i) {
             const float distance = squaredDistance(places[i], places[entry]);
@@ -157,7 +160,7 @@ private:
 
     const Palette& palette;
     std::vector<PerceptualColor> places;
-    std::vector<std::vector<std::uint8_t>> neighborhoods;
+    std::vector<std::optional<std::vector<std::uint8_t>>> neighborhoods; // once they are asked for
     // The colours of a gradient come again row by row; of two that meet here the later one stays.
     std::vector<Mixture> known{std::size_t{1} << hashBits};
 };
