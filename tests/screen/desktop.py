@@ -204,6 +204,14 @@ class ScreenTest(unittest.TestCase):
         self.addCleanup(lambda: self.assertEqual(clipwren.close(), self.expected_status))
         return clipwren
 
+    def selection_ends(self, clipwren):
+        """The selector goes, nothing is recorded, and the next selection comes up."""
+        wait_for(self.desktop.bare, "the selector to go")
+        holds_for(self.desktop.bare, "no veil")
+        self.assertEqual(clipwren.gifs(), [])
+        self.assertTrue(clipwren.running())
+        clipwren.begin()
+
     def pattern(self, *arguments, **options):
         window = PatternWindow(*arguments, **options)
         self.addCleanup(window.close)

@@ -73,12 +73,7 @@ class Locking(desktop.ScreenTest):
         desktop.wait_for(lambda: not self.keyboard_is_taken(), "the locker's end")
 
     def ends_idle(self):
-        """Nothing is recorded, and the next selection comes up."""
-        desktop.wait_for(self.desktop.bare, "the selector to go")
-        desktop.holds_for(self.desktop.bare, "no veil")
-        self.assertEqual(self.clipwren.gifs(), [])
-        self.assertTrue(self.clipwren.running())
-        self.clipwren.begin()
+        self.selection_ends(self.clipwren)
         self.desktop.keysym("Escape")
         desktop.wait_for(self.desktop.bare, "the selector to go")
 

@@ -12,18 +12,10 @@ class Selector(desktop.ScreenTest):
         super().setUp()
         self.clipwren = self.start()
 
-    def ends_idle(self):
-        """The selector goes, nothing is recorded, and the program still works."""
-        desktop.wait_for(self.desktop.bare, "the selector to go")
-        desktop.holds_for(self.desktop.bare, "no veil")
-        self.assertEqual(self.clipwren.gifs(), [])
-        self.assertTrue(self.clipwren.running())
-        self.clipwren.begin()
-
     def test_escape_cancels(self):
         self.clipwren.begin()
         self.desktop.keysym("Escape")
-        self.ends_idle()
+        self.selection_ends(self.clipwren)
 
     def test_escape_during_a_drag_cancels(self):
         self.clipwren.begin()
@@ -33,25 +25,25 @@ class Selector(desktop.ScreenTest):
         self.desktop.keysym("Escape")
         desktop.wait_for(self.desktop.bare, "the selector to go")
         self.desktop.button(False)
-        self.ends_idle()
+        self.selection_ends(self.clipwren)
 
     def test_the_hot_key_cancels(self):
         self.clipwren.begin()
         self.desktop.hot_key()
-        self.ends_idle()
+        self.selection_ends(self.clipwren)
 
     def test_the_hot_key_twice_quickly(self):
         self.desktop.hot_key()
         self.desktop.hot_key()
         time.sleep(0.3)
-        self.ends_idle()
+        self.selection_ends(self.clipwren)
 
     def test_a_click_leaves_the_selector_up(self):
         self.clipwren.begin()
         self.desktop.click(300, 300)
         desktop.holds_for(self.desktop.selecting, "the selector")
         self.desktop.keysym("Escape")
-        self.ends_idle()
+        self.selection_ends(self.clipwren)
 
     def test_a_narrow_drag_leaves_the_selector_up(self):
         self.clipwren.begin()
@@ -59,7 +51,7 @@ class Selector(desktop.ScreenTest):
             self.desktop.drag(300, 300, right, bottom)
             desktop.holds_for(self.desktop.selecting, "the selector")
         self.desktop.keysym("Escape")
-        self.ends_idle()
+        self.selection_ends(self.clipwren)
 
     def test_eight_by_eight_is_recorded(self):
         self.clipwren.begin()
@@ -106,7 +98,7 @@ class Selector(desktop.ScreenTest):
         last = self.desktop.display.keysym_to_keycode(ord("x"))
         desktop.wait_for(lambda: last in window.presses("key"), "the last key")
         self.assertEqual(window.presses("key").count(escape), 0, "Escape reached the window below")
-        self.ends_idle()
+        self.selection_ends(self.clipwren)
 
     def test_what_a_drag_looks_like(self):
         self.pattern(150, 112, 680, 396)
