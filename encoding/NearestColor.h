@@ -20,13 +20,27 @@ public:
     // The first of the nearest.
     std::uint8_t find(const PerceptualColor& color) const;
 
-private:
-    void add(const PerceptualColor& place);
+    // The same, faster: one of the places is known to be no farther.
+    std::uint8_t findWithin(const PerceptualColor& color, float squaredDistance) const;
 
-    std::size_t count = 0;
-    std::array<float, largestPalette> lightness{};
-    std::array<float, largestPalette> first{};
-    std::array<float, largestPalette> second{};
+private:
+    // As many places are measured at a time.
+    static constexpr std::size_t groupSize = 8;
+    static constexpr std::size_t groupCount = largestPalette / groupSize;
+    static constexpr int shelfCount = 160;
+    static constexpr int numberBits = 8;
+
+    static std::size_t shelfOf(int lightness);
+    // The least squared distance of those places, and the number of the first that is so near.
+    std::int32_t findInGroups(const PerceptualColor& color, std::size_t begin, std::size_t end) const;
+
+    // The places in the order of their lightness, the lightest again and again to the end.
+    alignas(32) std::array<float, largestPalette> lightness;
+    alignas(32) std::array<float, largestPalette> first;
+    alignas(32) std::array<float, largestPalette> second;
+    alignas(32) std::array<std::int32_t, largestPalette> numbers; // as they were given
+    // The first place that is so light or lighter.
+    std::array<std::uint16_t, shelfCount + 1> shelves;
 };
 
 } // namespace clipwren

@@ -17,8 +17,6 @@ namespace {
 constexpr double pixelsOfRefinement = 8;
 constexpr double mostRefinements = 8;
 constexpr int evenRefinements = 6;
-// So many samples a place make it worth to measure the places among themselves.
-constexpr std::size_t worthMeasuring = 8;
 // A colour that makes up that share of its cluster stands for it instead of the mean.
 constexpr float dominance = 0.4f;
 // A colour with that many times the pixels of a mean entry is kept as it is.
@@ -124,19 +122,6 @@ struct Gathering {
     }
 };
 
-// The square of half the way to the nearest other place: what is nearer than that is nearest to this one
-// (C. Elkan, Using the triangle inequality to accelerate k-means, 2003).
-std::vector<float> surelyOwned(std::span<const PerceptualColor> places) {
-    std::vector<float> result(places.size(), std::numeric_limits<float>::max());
-    for (std::size_t i = 0; i < places.size(); ++i)
-        for (std::size_t j = 0; j < i; ++j) {
-            const float distance = squaredDistance(places[i], places[j]) / 4;
-            result[i] = std::min(result[i], distance);
-            result[j] = std::min(result[j], distance);
-        }
-    return result;
-}
-
 // Moves every mean to the middle of the samples that are nearer to it than to any other or to a kept sample.
 // Means without any vanish.
 void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept, std::span<Sample> samples) {
@@ -147,14 +132,11 @@ void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept, st
         places.push_back(gathering.meanPlace());
 
     const NearestColor nearest(places);
-    const std::vector<float> realms = samples.size() > worthMeasuring * places.size()
-                                          ? surelyOwned(places)
-                                          : std::vector<float>(places.size());
     gatherings.assign(gatherings.size(), {});
     for (Sample& sample : samples) {
-        const bool isKnown = sample.owner < places.size() &&
-                             squaredDistance(sample.place, places[sample.owner]) < realms[sample.owner];
-        if (!isKnown) sample.owner = nearest.find(sample.place);
+        if (sample.owner >= places.size()) sample.owner = 0;
+        const float distance = squaredDistance(sample.place, places[sample.owner]);
+        if (distance > 0) sample.owner = nearest.findWithin(sample.place, distance);
         if (sample.owner >= kept.size()) gatherings[sample.owner - kept.size()].add(sample);
     }
     std::erase_if(gatherings, [](const Gathering& gathering) { return gathering.weight == 0; });

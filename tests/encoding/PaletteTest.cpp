@@ -32,25 +32,6 @@ TEST(PaletteIndex, OfEqualEntriesTheFirstThatIsAColor) {
     EXPECT_EQ(PaletteIndex({7, 8, 7}, std::uint8_t{0}).find(7), 2);
 }
 
-TEST(NearestColor, AgreesWithLookingAtEachEntry) {
-    std::mt19937 random(3);
-    for (const std::size_t count : {1u, 2u, 7u, 64u, 255u, 256u}) {
-        Palette palette;
-        for (std::size_t i = 0; i < count; ++i)
-            palette.push_back(random() & 0xFFFFFF);
-        const NearestColor nearest(palette);
-        for (int i = 0; i < 500; ++i) {
-            const PerceptualColor color = perceptualColor(random() & 0xFFFFFF);
-            const auto closer = [&](Pixel a, Pixel b) {
-                return squaredDistance(perceptualColor(a), color) <
-                       squaredDistance(perceptualColor(b), color);
-            };
-            const auto expected = std::min_element(palette.begin(), palette.end(), closer) - palette.begin();
-            EXPECT_EQ(nearest.find(color), expected);
-        }
-    }
-}
-
 // Palettes of colours from everywhere, and of dark and bright ones close together.
 std::vector<Palette> variousPalettes(std::mt19937& random) {
     std::vector<Palette> result;
@@ -63,6 +44,34 @@ std::vector<Palette> variousPalettes(std::mt19937& random) {
             std::shuffle(result.back().begin(), result.back().end(), random);
         }
     return result;
+}
+
+TEST(NearestColor, AgreesWithLookingAtEachEntry) {
+    std::mt19937 random(3);
+    for (const Palette& palette : variousPalettes(random)) {
+        const NearestColor nearest(palette);
+        for (int i = 0; i < 500; ++i) {
+            // Some between the entries, some anywhere.
+            const auto any = static_cast<Pixel>(random());
+            const Pixel wanted = i % 2 ? any : palette[any % palette.size()] ^ (any >> 8 & 0x070707);
+            const PerceptualColor color = perceptualColor(wanted & 0xFFFFFF);
+            const auto distance = [&](Pixel entry) { return squaredDistance(perceptualColor(entry), color); };
+            const auto expected = std::min_element(
+                palette.begin(), palette.end(), [&](Pixel a, Pixel b) { return distance(a) < distance(b); });
+            ASSERT_EQ(nearest.find(color), expected - palette.begin());
+            // Another entry, or the nearest itself, bounds the search.
+            for (const Pixel known : {palette[random() % palette.size()], *expected})
+                ASSERT_EQ(nearest.findWithin(color, distance(known)), expected - palette.begin());
+        }
+    }
+}
+
+TEST(NearestColor, OfEqualEntriesTheFirst) {
+    const Palette palette{0x101010, 0xFF0000, 0x808080, 0xFF0000, 0x808080};
+    const NearestColor nearest(palette);
+    EXPECT_EQ(nearest.find(perceptualColor(0xFE0101)), 1);
+    EXPECT_EQ(nearest.find(perceptualColor(0x808081)), 2);
+    EXPECT_EQ(nearest.findWithin(perceptualColor(0x808080), 0), 2);
 }
 
 TEST(CellwiseNearest, FindsThePalettesOwnColorsExactly) {
