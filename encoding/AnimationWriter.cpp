@@ -59,7 +59,6 @@ struct FrameJob {
     FrameChange change;
     IndexedColors indexed;
     std::vector<IndexChoice> indices;
-    bool triesStaying = true;
     GifFrame result;
     std::shared_ptr<WorkCrew::Task> task; // of the stage that was begun last
 };
@@ -87,21 +86,19 @@ void leaveAll(FrameJob& job) {
 }
 
 // What depends on all frames before: which pixels already look as they should.
-void drawChange(FrameJob& job, ShownPicture& shown, const Palette& shared, Healer& healer) {
+void drawChange(FrameJob& job, ShownPicture& shown, const Palette& shared, Staying staying, Healer& healer) {
     if (job.change.isEmpty()) return leaveAll(job);
     GifFrame& result = job.result;
     result.rect = job.change.rect;
-    // In photographs equal entries are rare, and stand out from what surrounds them.
-    const bool offersBoth = !job.indexed.manyColors;
     const bool usesShared = job.indexed.palette.empty();
     if (usesShared) {
         job.indices =
-            shown.draw(job.change, job.indexed.indices, shared, sharedTransparency, offersBoth, healer);
+            shown.draw(job.change, job.indexed.indices, shared, sharedTransparency, staying, healer);
         result.transparency = sharedTransparency;
     } else {
         const auto transparent = static_cast<std::uint8_t>(job.indexed.palette.size());
         job.indices =
-            shown.draw(job.change, job.indexed.indices, job.indexed.palette, transparent, offersBoth, healer);
+            shown.draw(job.change, job.indexed.indices, job.indexed.palette, transparent, staying, healer);
         result.palette = std::move(job.indexed.palette);
         result.palette.push_back(0);
         result.transparency = transparent;
@@ -111,7 +108,6 @@ void drawChange(FrameJob& job, ShownPicture& shown, const Palette& shared, Heale
 }
 
 void compress(FrameJob& job) {
-    if (!job.triesStaying) decideStaying(job.indices, *job.result.transparency);
     job.result.minimumCodeSize = useShortCodes(job.indices, *job.result.transparency);
     job.result.data = LzwEncoder().encode(job.indices, job.result.minimumCodeSize);
     job.indices = {};
@@ -181,12 +177,17 @@ private:
 
     void drawNext(ShownPicture& shown) {
         std::unique_ptr<FrameJob> job = take(choosing);
-        const bool hasChoices = !job->indexed.manyColors;
-        drawChange(*job, shown, shared, *healer);
-        job->triesStaying = !hasChoices || spendTrials(job->indices.size());
+        drawChange(*job, shown, shared, stayingIn(*job), *healer);
         if (job->previous) healer->drawn(job->healing.empty() ? 0 : shown.lastHealingSteps());
         job->task = crew.start([job = job.get()] { compress(*job); });
         compressing.push_back(std::move(job));
+    }
+
+    Staying stayingIn(const FrameJob& job) {
+        // In photographs equal entries are rare, and stand out from what surrounds them.
+        if (job.indexed.manyColors) return Staying::alone;
+        const bool hasTime = spendTrials(static_cast<std::size_t>(job.change.rect.area()));
+        return hasTime ? Staying::asCompressed : Staying::exceptBriefly;
     }
 
     // Whether there is time to try out how so many pixels compress best. In quiet recordings there always is;

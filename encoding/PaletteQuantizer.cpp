@@ -136,7 +136,7 @@ void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept, st
     for (Sample& sample : samples) {
         if (sample.owner >= places.size()) sample.owner = 0;
         const float distance = squaredDistance(sample.place, places[sample.owner]);
-        if (distance > 0) sample.owner = nearest.findWithin(sample.place, distance);
+        sample.owner = nearest.findWithin(sample.place, distance);
         if (sample.owner >= kept.size()) gatherings[sample.owner - kept.size()].add(sample);
     }
     std::erase_if(gatherings, [](const Gathering& gathering) { return gathering.weight == 0; });

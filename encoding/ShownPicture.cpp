@@ -20,6 +20,8 @@ constexpr std::uint32_t worthOfStep = 3;
 constexpr std::uint32_t unnoticed = 2;
 // The same while most of the picture moves.
 constexpr std::uint32_t unnoticedInMotion = 6;
+// Codes for short rows that stay cost more than drawing them with what surrounds them.
+constexpr std::size_t longestRedrawn = 16;
 
 int brightness(Pixel color) {
     return static_cast<int>((77 * (color >> 16 & 0xFF) + 150 * (color >> 8 & 0xFF) + 29 * (color & 0xFF)) >>
@@ -42,10 +44,10 @@ ShownPicture::ShownPicture(PixelSize size)
       colors(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height), nothingYet) {}
 
 std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span<const std::uint8_t> indices,
-                                            const Palette& palette, std::uint8_t transparent, bool offersBoth,
+                                            const Palette& palette, std::uint8_t transparent, Staying staying,
                                             Healer& healer) {
     std::vector<IndexChoice> result(static_cast<std::size_t>(change.rect.area()), {transparent, transparent});
-    if (offersBoth) offerEqualEntries(result, change.rect, palette, transparent);
+    if (staying == Staying::asCompressed) offerEqualEntries(result, change.rect, palette, transparent);
     const std::size_t changedRuns = change.runs.size() - change.healingRuns;
     const bool mostMoves = 2 * change.colors.size() > colors.size();
     const std::uint32_t tolerance = mostMoves ? unnoticedInMotion : unnoticed;
@@ -63,6 +65,7 @@ std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span
             steps += healRun(run, drawn, healer);
     }
     healingSteps = steps;
+    if (staying == Staying::exceptBriefly) drawShortRows(result, change.rect, palette, transparent);
     return result;
 }
 
@@ -130,6 +133,28 @@ void ShownPicture::offerEqualEntries(std::span<IndexChoice> choices, const Pixel
             target += next - shown;
             shown = next;
         }
+    }
+}
+
+// Nearly as small as trying out both ways, and much faster. What ends one row and begins the next lies side
+// by side for the compression.
+void ShownPicture::drawShortRows(std::span<IndexChoice> choices, const PixelRect& rect,
+                                 const Palette& palette, std::uint8_t transparent) const {
+    const PaletteIndex entries(palette, transparent);
+    const auto stays = [&](const IndexChoice& choice) { return choice.first == transparent; };
+    const auto width = static_cast<std::size_t>(rect.width);
+    for (auto begin = choices.begin(); begin != choices.end();) {
+        begin = std::find_if(begin, choices.end(), stays);
+        const auto end = std::find_if_not(begin, choices.end(), stays);
+        if (static_cast<std::size_t>(end - begin) <= longestRedrawn) {
+            for (auto choice = begin; choice != end; ++choice) {
+                const auto place = static_cast<std::size_t>(choice - choices.begin());
+                const std::size_t row =
+                    offset(rect.x, rect.y) + place / width * static_cast<std::size_t>(size.width);
+                if (const auto entry = entries.find(colors[row + place % width])) *choice = {*entry, *entry};
+            }
+        }
+        begin = end;
     }
 }
 
