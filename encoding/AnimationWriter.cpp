@@ -66,8 +66,7 @@ struct FrameJob {
 // What depends on the two pictures alone: which pixels change and which colours they get.
 void chooseColors(FrameJob& job, const ColorIndexer& indexer) {
     job.change = job.previous ? changeSince(*job.previous, job.image) : wholeFrame(job.image);
-    for (const PixelRect& block : job.healing)
-        job.change.addHealing(job.image, block);
+    job.change.addHealing(job.image, job.healing);
     if (job.change.isEmpty()) return;
     const bool mostMoves = job.previous && 2 * job.change.colors.size() > pixelCount(job.image);
     // One index is for what stays.

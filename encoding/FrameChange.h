@@ -3,6 +3,7 @@
 #include "base/Image.h"
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 namespace clipwren {
@@ -24,8 +25,8 @@ struct FrameChange {
 
     bool isEmpty() const { return runs.empty(); }
 
-    // Takes in one of the picture's blocks, although it did not change.
-    void addHealing(const Image& image, const PixelRect& block);
+    // Takes in some of the picture's blocks, although they did not change.
+    void addHealing(const Image& image, std::span<const PixelRect> blocks);
 };
 
 // All pixels of a picture.

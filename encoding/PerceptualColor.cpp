@@ -40,6 +40,11 @@ const Tables& tables() {
     return instance;
 }
 
+// Unlike the library's, without a call.
+float rounded(float value) {
+    return static_cast<float>(static_cast<int>(value + (value < 0 ? -0.5f : 0.5f)));
+}
+
 } // namespace
 
 PerceptualColor perceptualColor(Pixel color) {
@@ -60,8 +65,8 @@ PerceptualColor perceptualColor(Pixel color) {
     const float chromaScale = 1 / (1 + 0.015f * chroma);
     const float fromMiddle = lightness - 50;
     const float lightnessScale = 1 / (1 + 0.005f * std::fabs(fromMiddle));
-    return {std::round(perceptualUnit * fromMiddle * lightnessScale),
-            std::round(perceptualUnit * a * chromaScale), std::round(perceptualUnit * b * chromaScale)};
+    return {rounded(perceptualUnit * fromMiddle * lightnessScale), rounded(perceptualUnit * a * chromaScale),
+            rounded(perceptualUnit * b * chromaScale)};
 }
 
 } // namespace clipwren

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 namespace clipwren {
 namespace {
 
@@ -34,6 +37,29 @@ TEST(FrameChange, OnePixelAtEveryCornerOfTheBlocksIsFound) {
         const FrameChange change = changeSince(before, picture.imageAfter(before));
         EXPECT_EQ(change.rect, (PixelRect{x, y, 1, 1}));
     }
+}
+
+// Rows of every length, at the ends of blocks too.
+TEST(FrameChange, RunsHoldEveryChangedPixelOnceAndNoOther) {
+    std::mt19937 random(1);
+    TestPicture picture(150, 40);
+    const Image before = picture.image();
+    for (int i = 0; i < 120; ++i) {
+        const int x = static_cast<int>(random() % 150);
+        const int length = static_cast<int>(random() % 70);
+        for (int end = x; end < std::min(x + length, 150); ++end)
+            picture.at(end, i / 3) = 0xFF000001 + static_cast<Pixel>(end);
+    }
+    const FrameChange change = changeSince(before, picture.imageAfter(before));
+    std::vector<Pixel> found(picture.pixels.size(), 0);
+    std::size_t next = 0;
+    for (const PixelRun& run : change.runs) {
+        EXPECT_EQ(run.x / Image::blockWidth, (run.x + run.length - 1) / Image::blockWidth);
+        for (int x = run.x; x < run.x + run.length; ++x)
+            found[static_cast<std::size_t>(run.y * 150 + x)] += change.colors[next++];
+    }
+    EXPECT_EQ(next, change.colors.size());
+    EXPECT_EQ(found, picture.colors());
 }
 
 TEST(FrameChange, AlphaAloneIsNoChange) {

@@ -111,7 +111,7 @@ TEST(GradientDither, EdgesStaySharp) {
 TEST(GradientDither, WhatIsHealedIsNotMixed) {
     const Image image = slope().image();
     FrameChange change;
-    change.addHealing(image, {0, 0, 64, 16});
+    change.addHealing(image, std::vector{PixelRect{0, 0, 64, 16}});
     const Palette palette = greys();
     const std::vector<std::uint8_t> nearest = nearestIndices(change, palette);
     std::vector<std::uint8_t> indices = nearest;
