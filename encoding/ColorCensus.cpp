@@ -11,33 +11,36 @@ ColorCensus::ColorCensus(std::size_t limit)
 
 std::optional<ColorCensus> ColorCensus::take(std::span<const Pixel> colors, std::size_t limit) {
     ColorCensus census(limit);
+    census.numbers.resize(colors.size());
     for (std::size_t i = 0; i < colors.size();) {
+        const std::optional<std::uint16_t> number = census.numberOf(colors[i]);
+        if (!number) return std::nullopt;
         // Neighbours are often equal.
         const std::size_t begin = i;
         const Pixel color = colors[i];
-        while (i < colors.size() && colors[i] == color)
-            ++i;
-        if (!census.add(color, i - begin)) return std::nullopt;
+        for (; i < colors.size() && colors[i] == color; ++i)
+            census.numbers[i] = *number;
+        census.found[*number].count += static_cast<std::uint32_t>(i - begin);
     }
     return census;
 }
 
 bool ColorCensus::add(Pixel color, std::size_t count) {
-    std::uint16_t& slot = slots[slotOf(color)];
-    if (slot == 0) {
-        if (found.size() == limit) return false;
-        found.push_back({color, 0});
-        slot = static_cast<std::uint16_t>(found.size());
-    }
-    found[slot - std::size_t{1}].count += static_cast<std::uint32_t>(count);
-    return true;
+    const std::optional<std::uint16_t> number = numberOf(color);
+    if (number) found[*number].count += static_cast<std::uint32_t>(count);
+    return number.has_value();
 }
 
-std::size_t ColorCensus::slotOf(Pixel color) const {
+std::optional<std::uint16_t> ColorCensus::numberOf(Pixel color) {
     std::size_t slot = (color * 2654435761u) >> shift;
     while (slots[slot] != 0 && found[slots[slot] - 1u].color != color)
         slot = (slot + 1) & (slots.size() - 1);
-    return slot;
+    if (slots[slot] == 0) {
+        if (found.size() == limit) return std::nullopt;
+        found.push_back({color, 0});
+        slots[slot] = static_cast<std::uint16_t>(found.size());
+    }
+    return static_cast<std::uint16_t>(slots[slot] - 1);
 }
 
 } // namespace clipwren

@@ -30,14 +30,16 @@ public:
     // In the order of their first occurrence.
     const std::vector<Entry>& entries() const { return found; }
 
-    // The number of the entry of that colour, which is among them.
-    std::size_t entryOf(Pixel color) const { return slots[slotOf(color)] - std::size_t{1}; }
+    // The number of its entry for each pixel that the census was taken of.
+    std::span<const std::uint16_t> entryNumbers() const { return numbers; }
 
 private:
-    std::size_t slotOf(Pixel color) const;
+    // Of the entry that is made if need be; nothing when it would be one too many.
+    std::optional<std::uint16_t> numberOf(Pixel color);
 
     std::size_t limit;
     std::vector<Entry> found;
+    std::vector<std::uint16_t> numbers;
     // An open hash table of entry numbers plus 1, at most a quarter full.
     std::vector<std::uint16_t> slots;
     int shift = 0;

@@ -37,10 +37,11 @@ void ColorHistogram::addExact(Pixel color, std::size_t times) {
 
 std::vector<WeightedColor> ColorHistogram::summary() const {
     std::vector<WeightedColor> result;
+    result.reserve(exact.entries().size() + bins.size());
     for (const ColorCensus::Entry& entry : exact.entries())
-        result.push_back({entry.color, static_cast<float>(entry.count)});
+        result.emplace_back(entry.color, static_cast<float>(entry.count));
     for (const Bin& bin : bins)
-        result.push_back({bin.mean(), static_cast<float>(bin.count)});
+        result.emplace_back(bin.mean(), static_cast<float>(bin.count));
     return result;
 }
 

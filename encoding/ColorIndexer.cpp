@@ -26,11 +26,8 @@ constexpr double worthOfByte = 2;
 // differences.
 constexpr float coarsestStep = 0.6f;
 
-std::vector<std::uint8_t> exactIndices(std::span<const Pixel> colors, const ColorCensus& census) {
-    std::vector<std::uint8_t> indices(colors.size());
-    std::transform(colors.begin(), colors.end(), indices.begin(),
-                   [&](Pixel color) { return static_cast<std::uint8_t>(census.entryOf(color)); });
-    return indices;
+std::vector<std::uint8_t> exactIndices(const ColorCensus& census) {
+    return {census.entryNumbers().begin(), census.entryNumbers().end()};
 }
 
 Palette exactPalette(const ColorCensus& census) {
@@ -40,35 +37,36 @@ Palette exactPalette(const ColorCensus& census) {
     return palette;
 }
 
-std::vector<std::uint8_t> entryIndices(std::span<const Pixel> colors, const ColorCensus& census,
-                                       std::span<const std::uint8_t> byEntry) {
-    std::vector<std::uint8_t> indices(colors.size());
-    std::transform(colors.begin(), colors.end(), indices.begin(),
-                   [&](Pixel color) { return byEntry[census.entryOf(color)]; });
+std::vector<std::uint8_t> entryIndices(const ColorCensus& census, std::span<const std::uint8_t> byEntry) {
+    std::vector<std::uint8_t> indices(census.entryNumbers().size());
+    std::transform(census.entryNumbers().begin(), census.entryNumbers().end(), indices.begin(),
+                   [&](std::uint16_t number) { return byEntry[number]; });
     return indices;
 }
 
-void takeNearest(IndexedColors& result, std::span<const Pixel> colors, const ColorCensus& census) {
+std::vector<WeightedColor> weightedColors(const ColorCensus& census) {
+    std::vector<WeightedColor> result;
+    result.reserve(census.entries().size());
+    for (const ColorCensus::Entry& entry : census.entries())
+        result.emplace_back(entry.color, static_cast<float>(entry.count));
+    return result;
+}
+
+// `colors` are the census's.
+void takeNearest(IndexedColors& result, const ColorCensus& census, std::span<const WeightedColor> colors) {
     std::vector<PerceptualColor> places;
     for (const Pixel color : result.palette)
         places.push_back(perceptualColor(color));
     const NearestColor nearest(places);
     std::vector<std::uint8_t> byEntry;
+    byEntry.reserve(colors.size());
     float farthest = 0;
-    for (const ColorCensus::Entry& entry : census.entries()) {
-        const PerceptualColor place = perceptualColor(entry.color);
-        byEntry.push_back(nearest.find(place));
-        farthest = std::max(farthest, squaredDistance(place, places[byEntry.back()]));
+    for (const WeightedColor& color : colors) {
+        byEntry.push_back(nearest.find(color.place));
+        farthest = std::max(farthest, squaredDistance(color.place, places[byEntry.back()]));
     }
-    result.indices = entryIndices(colors, census, byEntry);
+    result.indices = entryIndices(census, byEntry);
     result.allNear = farthest <= perceptualUnit * perceptualUnit;
-}
-
-std::vector<WeightedColor> weightedColors(const ColorCensus& census) {
-    std::vector<WeightedColor> result;
-    for (const ColorCensus::Entry& entry : census.entries())
-        result.push_back({entry.color, static_cast<float>(entry.count)});
-    return result;
 }
 
 std::vector<std::uint8_t> nearestIndices(std::span<const Pixel> colors, const Palette& palette) {
@@ -135,14 +133,15 @@ IndexedColors ColorIndexer::index(std::span<const Pixel> colors, std::size_t lim
         const bool fitsOwnTable = census->entries().size() <= limit;
         if (const auto byEntry =
                 sharedEntries(*census, tableBytes(fitsOwnTable ? census->entries().size() : limit))) {
-            result.indices = entryIndices(colors, *census, *byEntry);
+            result.indices = entryIndices(*census, *byEntry);
         } else if (fitsOwnTable) {
             result.palette = exactPalette(*census);
-            result.indices = exactIndices(colors, *census);
+            result.indices = exactIndices(*census);
             result.allNear = true;
         } else {
-            result.palette = quantize(weightedColors(*census), limit, apart);
-            takeNearest(result, colors, *census);
+            const std::vector<WeightedColor> weighted = weightedColors(*census);
+            result.palette = quantize(weighted, limit, apart);
+            takeNearest(result, *census, weighted);
         }
     } else {
         result.manyColors = true;

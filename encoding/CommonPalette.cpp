@@ -42,7 +42,7 @@ Palette CommonPalette::mostFramesFirst(const Palette& palette) const {
     const NearestColor nearest(palette);
     std::vector<float> uses(palette.size());
     for (const WeightedColor& color : frames.summary())
-        uses[nearest.find(perceptualColor(color.color))] += color.weight;
+        uses[nearest.find(color.place)] += color.weight;
     std::vector<std::size_t> order(palette.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(),

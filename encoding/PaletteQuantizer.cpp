@@ -196,7 +196,7 @@ std::vector<Sample> samplesOf(const std::vector<WeightedColor>& colors) {
     std::vector<Sample> samples;
     samples.reserve(colors.size());
     for (const WeightedColor& color : colors)
-        samples.push_back({perceptualColor(color.color), color.color, color.weight});
+        samples.push_back({color.place, color.color, color.weight});
     return samples;
 }
 

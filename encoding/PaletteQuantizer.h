@@ -10,8 +10,11 @@ namespace clipwren {
 
 // A colour that stands for `weight` pixels.
 struct WeightedColor {
-    Pixel color = 0;
-    float weight = 0;
+    WeightedColor(Pixel color, float weight) : color(color), weight(weight), place(perceptualColor(color)) {}
+
+    Pixel color;
+    float weight;
+    PerceptualColor place; // of the colour
 };
 
 // At most `limit` different colours, 1 to 256, that stand for all those given, of which there is at least
