@@ -1,12 +1,13 @@
 #include "encoding/GradientDither.h"
 
+#include "encoding/Gradients.h"
 #include "encoding/PerceptualColor.h"
+#include "encoding/WideVectors.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
-#include <optional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -14,10 +15,6 @@ namespace clipwren {
 
 namespace {
 
-// Neighbours in a gradient differ by no more, in red, green and blue each.
-constexpr int steepestStep = 4;
-// So far away, in pixels, a gradient has changed.
-constexpr int reach = 8;
 // Nearer to each other two entries show no bands, farther apart they would be seen as dots. In just
 // noticeable differences.
 constexpr float nearestMixed = 2;
@@ -40,52 +37,63 @@ int thresholdAt(int x, int y) {
     return pattern[static_cast<std::size_t>(place)];
 }
 
-int component(Pixel color, int shift) { return static_cast<int>(color >> shift & 0xFF); }
-
 constexpr float square(float value) { return value * value; }
 
-int largestDifference(Pixel a, Pixel b) {
-    return std::max({std::abs(component(a, 0) - component(b, 0)), std::abs(component(a, 8) - component(b, 8)),
-                     std::abs(component(a, 16) - component(b, 16))});
+PerceptualColor difference(const PerceptualColor& a, const PerceptualColor& b) {
+    return {a.lightness - b.lightness, a.first - b.first, a.second - b.second};
 }
 
-// The pixels of one block.
-struct Neighborhood {
-    const Pixel* pixels;
-    PixelRect area;
+float squared(const PerceptualColor& a) { return square(a.lightness) + square(a.first) + square(a.second); }
 
-    Pixel at(int x, int y) const { return pixels[(y - area.y) * Image::blockWidth + (x - area.x)]; }
+// The entries that one can be mixed with: how far away they lie, and in which direction.
+struct Partners {
+    // A place that is left is like the entry itself: nothing is won by mixing it.
+    std::array<std::uint8_t, mostPartners> entries{};
+    std::array<float, mostPartners> lightness{};
+    std::array<float, mostPartners> first{};
+    std::array<float, mostPartners> second{};
+    std::array<float, mostPartners> squaredLengths = filled(1);
 
-    bool isInside(int x, int y) const {
-        return x >= area.x && y >= area.y && x < area.maxX() && y < area.maxY();
+    void set(std::size_t i, std::uint8_t entry, const PerceptualColor& step) {
+        entries[i] = entry;
+        lightness[i] = step.lightness;
+        first[i] = step.first;
+        second[i] = step.second;
+        squaredLengths[i] = squared(step);
     }
 
-    // From the first of two pixels that is in the block.
-    int differenceAcross(Pixel color, int x, int y, int otherX, int otherY) const {
-        if (isInside(x, y)) return largestDifference(color, at(x, y));
-        return isInside(otherX, otherY) ? largestDifference(color, at(otherX, otherY)) : 0;
-    }
-
-    bool isGradient(int x, int y) const {
-        const Pixel color = at(x, y);
-        const auto isSmooth = [&](int neighborX, int neighborY) {
-            return !isInside(neighborX, neighborY) ||
-                   largestDifference(color, at(neighborX, neighborY)) <= steepestStep;
-        };
-        if (!isSmooth(x - 1, y) || !isSmooth(x + 1, y) || !isSmooth(x, y - 1) || !isSmooth(x, y + 1))
-            return false;
-        const int across = differenceAcross(color, x + reach, y, x - reach, y);
-        const int down = differenceAcross(color, x, y + reach, x, y - reach);
-        const auto isSlope = [](int difference) {
-            return difference > 0 && difference <= steepestStep * reach;
-        };
-        return isSlope(across) || isSlope(down);
+private:
+    static std::array<float, mostPartners> filled(float value) {
+        std::array<float, mostPartners> result;
+        result.fill(value);
+        return result;
     }
 };
 
+struct Mixtures {
+    std::array<float, mostPartners> shares; // of the partner
+    std::array<float, mostPartners> costs;
+};
+
+// The mixtures with each partner that come nearest to what is wanted, from the entry's own place.
+CLIPWREN_WIDE_VECTORS
+void mix(const Partners& partners, PerceptualColor wanted, Mixtures& __restrict result) {
+    for (std::size_t i = 0; i < mostPartners; ++i) {
+        const float x = partners.lightness[i];
+        const float y = partners.first[i];
+        const float z = partners.second[i];
+        const float along = x * wanted.lightness + y * wanted.first + z * wanted.second;
+        const float share = std::min(std::max(along / partners.squaredLengths[i], 0.0f), 0.5f);
+        result.shares[i] = share;
+        result.costs[i] = square(wanted.lightness - share * x) + square(wanted.first - share * y) +
+                          square(wanted.second - share * z) +
+                          worthOfDots * share * (1 - share) * partners.squaredLengths[i];
+    }
+}
+
 class Mixer {
 public:
-    explicit Mixer(const Palette& palette) : palette(palette), neighborhoods(palette.size()) {
+    explicit Mixer(const Palette& palette) : palette(palette), partners(palette.size()) {
         for (const Pixel color : palette)
             places.push_back(perceptualColor(color));
     }
@@ -109,32 +117,24 @@ private:
     // least conspicuous dots.
     Mixture mixture(Pixel color, std::uint8_t near) {
         const PerceptualColor wanted = difference(perceptualColor(color), places[near]);
-        float best = squared(wanted);
+        const Partners& partners = partnersOf(near);
+        Mixtures mixtures;
+        mix(partners, wanted, mixtures);
+        const auto cheapest = static_cast<std::size_t>(
+            std::min_element(mixtures.costs.begin(), mixtures.costs.end()) - mixtures.costs.begin());
         Mixture result{.color = color, .far = near};
-        for (const std::uint8_t entry : neighborsOf(near)) {
-            const PerceptualColor step = difference(places[entry], places[near]);
-            const float length = squared(step);
-            const float share = std::clamp(dot(step, wanted) / length, 0.0f, 0.5f);
-            const PerceptualColor rest{wanted.lightness - share * step.lightness,
-                                       wanted.first - share * step.first,
-                                       wanted.second - share * step.second};
-            const float cost = squared(rest) + worthOfDots * share * (1 - share) * length;
-            if (cost >= best) continue;
-            best = cost;
-            result.far = entry;
-            result.share =
-                length < square(nearestMixed * perceptualUnit)
-                    ? std::uint8_t{0}
-                    : static_cast<std::uint8_t>(std::lround(share * static_cast<float>(pattern.size())));
-        }
+        if (mixtures.costs[cheapest] >= squared(wanted)) return result;
+        result.far = partners.entries[cheapest];
+        if (partners.squaredLengths[cheapest] >= square(nearestMixed * perceptualUnit))
+            result.share = static_cast<std::uint8_t>(
+                std::lround(mixtures.shares[cheapest] * static_cast<float>(pattern.size())));
         return result;
     }
 
     // The nearest others, none of which is equal to the entry.
-    const std::vector<std::uint8_t>& neighborsOf(std::uint8_t entry) {
-        std::optional<std::vector<std::uint8_t>>& found = neighborhoods[entry];
+    const Partners& partnersOf(std::uint8_t entry) {
+        std::unique_ptr<const Partners>& found = partners[entry];
         if (found) return *found;
-        std::vector<std::uint8_t>& result = found.emplace();
         std::vector<std::pair<float, std::uint8_t>> others;
         for (std::size_t i = 0; i < places.size(); ++i) {
             const float distance = squaredDistance(places[i], places[entry]);
@@ -143,24 +143,18 @@ private:
         }
         const std::size_t count = std::min(others.size(), mostPartners);
         std::partial_sort(others.begin(), others.begin() + static_cast<std::ptrdiff_t>(count), others.end());
+        auto result = std::make_unique<Partners>();
         for (std::size_t i = 0; i < count; ++i)
-            result.push_back(others[i].second);
-        return result;
+            result->set(i, others[i].second, difference(places[others[i].second], places[entry]));
+        found = std::move(result);
+        return *found;
     }
-
-    static PerceptualColor difference(const PerceptualColor& a, const PerceptualColor& b) {
-        return {a.lightness - b.lightness, a.first - b.first, a.second - b.second};
-    }
-    static float dot(const PerceptualColor& a, const PerceptualColor& b) {
-        return a.lightness * b.lightness + a.first * b.first + a.second * b.second;
-    }
-    static float squared(const PerceptualColor& a) { return dot(a, a); }
 
     static constexpr int hashBits = 12;
 
     const Palette& palette;
     std::vector<PerceptualColor> places;
-    std::vector<std::optional<std::vector<std::uint8_t>>> neighborhoods; // once they are asked for
+    std::vector<std::unique_ptr<const Partners>> partners; // once they are asked for
     // The colours of a gradient come again row by row; of two that meet here the later one stays.
     std::vector<Mixture> known{std::size_t{1} << hashBits};
 };
@@ -170,14 +164,12 @@ private:
 void ditherGradients(const Image& image, const FrameChange& change, const Palette& palette,
                      std::span<std::uint8_t> indices) {
     Mixer mixer(palette);
+    Gradients gradients(image);
     std::size_t next = 0;
     for (const PixelRun& run : std::span(change.runs).first(change.runs.size() - change.healingRuns)) {
-        const int column = run.x / Image::blockWidth;
-        const int row = run.y / Image::blockHeight;
-        const Neighborhood block{image.blockPixels(column, row), image.blockRect(column, row)};
         for (int x = run.x; x < run.x + run.length; ++x, ++next) {
             const Pixel color = change.colors[next];
-            if (color == palette[indices[next]] || !block.isGradient(x, run.y)) continue;
+            if (color == palette[indices[next]] || !gradients.contain(x, run.y)) continue;
             indices[next] = mixer.mixed(color, indices[next], thresholdAt(x, run.y));
         }
     }
