@@ -8,10 +8,13 @@ namespace clipwren {
 
 int useShortCodes(std::span<IndexChoice> indices, std::uint8_t transparency) {
     std::uint8_t needed = transparency;
-    for (const IndexChoice& index : indices)
+    std::uint8_t offered = 0;
+    for (const IndexChoice& index : indices) {
         needed |= index.first;
+        offered |= index.second;
+    }
     const int size = minimumCodeSize(needed + std::size_t{1});
-    if (size == 8) return size;
+    if (offered >> size == 0) return size;
     for (IndexChoice& index : indices)
         if (index.second >> size) index.second = index.first;
     return size;

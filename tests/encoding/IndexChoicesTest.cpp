@@ -17,6 +17,13 @@ TEST(IndexChoices, CodesAreAsShortAsTheDrawnEntriesAllow) {
     EXPECT_EQ(useShortCodes(indices, transparency), 8);
 }
 
+TEST(IndexChoices, ChoicesThatFitStay) {
+    const std::vector<IndexChoice> fitting{{6, 6}, {transparency, 7}, {3, 1}};
+    std::vector<IndexChoice> indices = fitting;
+    EXPECT_EQ(useShortCodes(indices, transparency), 3);
+    EXPECT_EQ(indices, fitting);
+}
+
 TEST(IndexChoices, TheTransparentEntryCountsToo) {
     std::vector<IndexChoice> indices{{1, 1}, {99, 3}};
     EXPECT_EQ(useShortCodes(indices, 99), 7);
