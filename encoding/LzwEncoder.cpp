@@ -22,8 +22,7 @@ std::vector<std::uint8_t> LzwEncoder::encode(std::span<const IndexChoice> indice
         writeDecided(indices);
     else
         writeChoosing(indices);
-    end();
-    return std::exchange(output, {});
+    return end();
 }
 
 void LzwEncoder::writeChoosing(std::span<const IndexChoice> indices) {
@@ -70,7 +69,6 @@ bool LzwEncoder::write(std::uint32_t code, std::size_t length) {
 }
 
 void LzwEncoder::begin(int minimumCodeSize) {
-    output.clear();
     pendingBits = 0;
     pendingCount = 0;
     clearCode = 1u << minimumCodeSize;
@@ -79,9 +77,18 @@ void LzwEncoder::begin(int minimumCodeSize) {
     clearTable();
 }
 
-void LzwEncoder::end() {
+std::vector<std::uint8_t> LzwEncoder::end() {
     put(clearCode + 1);
-    if (pendingCount > 0) output.push_back(static_cast<std::uint8_t>(pendingBits));
+    constexpr std::size_t wordBytes = sizeof(std::uint64_t);
+    const std::size_t size = words.size() * wordBytes + static_cast<std::size_t>(pendingCount + 7) / 8;
+    words.push_back(pendingBits);
+    std::vector<std::uint8_t> bytes(words.size() * wordBytes);
+    std::uint8_t* target = bytes.data();
+    for (const std::uint64_t word : std::exchange(words, {}))
+        for (std::size_t i = 0; i < wordBytes; ++i)
+            *target++ = static_cast<std::uint8_t>(word >> (8 * i));
+    bytes.resize(size);
+    return bytes;
 }
 
 LzwEncoder::Match LzwEncoder::longestMatch(std::span<const IndexChoice> indices, std::uint32_t previous,
@@ -170,14 +177,14 @@ void LzwEncoder::insert(std::uint32_t prefix, std::uint8_t index) {
     ++freeCode;
 }
 
-void LzwEncoder::put(std::uint32_t code) {
+inline void LzwEncoder::put(std::uint32_t code) {
+    constexpr int wordBits = 64;
     pendingBits |= std::uint64_t{code} << pendingCount;
     pendingCount += codeBits;
-    while (pendingCount >= 8) {
-        output.push_back(static_cast<std::uint8_t>(pendingBits));
-        pendingBits >>= 8;
-        pendingCount -= 8;
-    }
+    if (pendingCount < wordBits) return;
+    words.push_back(pendingBits);
+    pendingCount -= wordBits;
+    pendingBits = std::uint64_t{code} >> (codeBits - pendingCount);
 }
 
 } // namespace clipwren

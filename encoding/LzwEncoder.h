@@ -46,7 +46,7 @@ private:
     static constexpr std::uint32_t noCode = 0xFFFFFFFF;
 
     void begin(int minimumCodeSize);
-    void end();
+    std::vector<std::uint8_t> end();
 
     void writeChoosing(std::span<const IndexChoice> indices);
     void writeDecided(std::span<const IndexChoice> indices);
@@ -69,7 +69,7 @@ private:
     void put(std::uint32_t code);
 
     std::array<std::uint32_t, 1 << hashBits> slots{}; // key << 12 | code
-    std::vector<std::uint8_t> output;
+    std::vector<std::uint64_t> words;                 // of the codes written, the first in the lowest bits
     std::uint64_t pendingBits = 0;
     int pendingCount = 0;
     int codeBits = 0;
