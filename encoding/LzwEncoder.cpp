@@ -1,6 +1,5 @@
 #include "encoding/LzwEncoder.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace clipwren {
@@ -12,16 +11,22 @@ constexpr std::uint32_t codeLimit = 1u << longestCode;
 // Bits after which the yield of a full table is judged.
 constexpr std::size_t judgedBits = 512 * longestCode;
 
+// Looks at all of them, which takes less time than looking for the first.
+bool hasChoices(std::span<const IndexChoice> indices) {
+    std::uint8_t differences = 0;
+    for (const IndexChoice& index : indices)
+        differences |= index.first ^ index.second;
+    return differences != 0;
+}
+
 } // namespace
 
 std::vector<std::uint8_t> LzwEncoder::encode(std::span<const IndexChoice> indices, int minimumCodeSize) {
     begin(minimumCodeSize);
-    const bool isDecided = std::all_of(indices.begin(), indices.end(),
-                                       [](const IndexChoice& index) { return index.first == index.second; });
-    if (isDecided)
-        writeDecided(indices);
-    else
+    if (hasChoices(indices))
         writeChoosing(indices);
+    else
+        writeDecided(indices);
     return end();
 }
 
