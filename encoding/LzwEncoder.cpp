@@ -45,24 +45,20 @@ void LzwEncoder::writeChoosing(std::span<const IndexChoice> indices) {
 
 // Without choices the next string is known as soon as the code before is written.
 void LzwEncoder::writeDecided(std::span<const IndexChoice> indices) {
-    if (indices.empty()) return;
-    std::uint32_t code = indices.front().first;
-    std::size_t length = 1;
-    for (const IndexChoice& choice : indices.subspan(1)) {
-        const std::uint8_t index = choice.first;
-        const std::uint32_t key = code << 8 | index;
-        std::uint32_t& slot = slots[slotOf(key)];
-        if (slot != emptySlot) {
-            code = slot & (codeLimit - 1);
-            ++length;
-            continue;
+    while (!indices.empty()) {
+        std::size_t length = 1;
+        std::uint32_t code = indices.front().first;
+        std::size_t slot = 0;
+        for (; length < indices.size(); ++length) {
+            slot = slotOf(code, indices[length].first);
+            if (slots[slot] == emptySlot) break;
+            code = slots[slot] & (codeLimit - 1);
         }
+        indices = indices.subspan(length);
+        if (indices.empty()) return put(code);
         const bool isCleared = write(code, length);
-        if (!isCleared && freeCode < codeLimit) slot = key << longestCode | freeCode++;
-        code = index;
-        length = 1;
+        if (!isCleared && freeCode < codeLimit) insertAt(slot, code, indices.front().first);
     }
-    put(code);
 }
 
 // Returns whether the table begins anew.
@@ -135,14 +131,16 @@ void LzwEncoder::extend(const Match& match, std::uint8_t index, std::uint32_t pr
 }
 
 std::uint32_t LzwEncoder::extended(const Match& match, std::uint8_t index, std::uint32_t previous) const {
-    const std::uint32_t slot = slots[slotOf(match.code << 8 | index)];
+    const std::uint32_t slot = slots[slotOf(match.code, index)];
     if (slot != emptySlot) return slot & (codeLimit - 1);
     // The string that writing this very code makes.
     return match.code == previous && index == match.begin && freeCode < codeLimit ? freeCode : noCode;
 }
 
-std::uint32_t LzwEncoder::slotOf(std::uint32_t key) const {
-    std::uint32_t slot = (key * 2654435761u) >> (32 - hashBits);
+// The prefix comes into the hash last, by the quickest way: it is what has to be waited for.
+std::size_t LzwEncoder::slotOf(std::uint32_t prefix, std::uint8_t index) const {
+    const std::uint32_t key = prefix << 8 | index;
+    std::uint32_t slot = index * 2654435761u >> (32 - hashBits) ^ prefix << (hashBits - longestCode);
     while (slots[slot] != emptySlot && slots[slot] >> longestCode != key)
         slot = (slot + 1) & ((1u << hashBits) - 1);
     return slot;
@@ -175,11 +173,16 @@ bool LzwEncoder::clearWhenStale(std::size_t length) {
 }
 
 void LzwEncoder::insert(std::uint32_t prefix, std::uint8_t index) {
-    const std::uint32_t key = prefix << 8 | index;
-    std::uint32_t& slot = slots[slotOf(key)];
+    const std::size_t slot = slotOf(prefix, index);
     // Another way to the same string may have made it already: then the new one is never found, nor needed.
-    if (slot == emptySlot) slot = key << longestCode | freeCode;
-    ++freeCode;
+    if (slots[slot] == emptySlot)
+        insertAt(slot, prefix, index);
+    else
+        ++freeCode;
+}
+
+inline void LzwEncoder::insertAt(std::size_t slot, std::uint32_t prefix, std::uint8_t index) {
+    slots[slot] = (prefix << 8 | index) << longestCode | freeCode++;
 }
 
 inline void LzwEncoder::put(std::uint32_t code) {

@@ -39,9 +39,10 @@ private:
         }
     };
 
-    // Strings by their prefix's code and last index, in an open hash table with room enough that probes are
-    // short.
-    static constexpr int hashBits = 13;
+    // Strings by their prefix's code and last index, in an open hash table with so much room that hardly any
+    // needs a second probe: guessing wrongly whether it does costs the processor more than a table that is
+    // larger than its first cache.
+    static constexpr int hashBits = 15;
     static constexpr std::uint32_t emptySlot = 0xFFFFFFFF;
     static constexpr std::uint32_t noCode = 0xFFFFFFFF;
 
@@ -61,11 +62,12 @@ private:
     void followAlone(Match& match, std::span<const IndexChoice> indices, std::uint32_t previous,
                      std::size_t& length) const;
     std::uint32_t extended(const Match& match, std::uint8_t index, std::uint32_t previous) const;
-    std::uint32_t slotOf(std::uint32_t key) const;
+    std::size_t slotOf(std::uint32_t prefix, std::uint8_t index) const;
 
     void clearTable();
     bool clearWhenStale(std::size_t length);
     void insert(std::uint32_t prefix, std::uint8_t index);
+    void insertAt(std::size_t slot, std::uint32_t prefix, std::uint8_t index);
     void put(std::uint32_t code);
 
     std::array<std::uint32_t, 1 << hashBits> slots{}; // key << 12 | code
