@@ -1,5 +1,8 @@
 #include "encoding/LzwEncoder.h"
 
+#include <algorithm>
+#include <cstring>
+#include <numeric>
 #include <utility>
 
 namespace clipwren {
@@ -17,6 +20,23 @@ bool hasChoices(std::span<const IndexChoice> indices) {
     for (const IndexChoice& index : indices)
         differences |= index.first ^ index.second;
     return differences != 0;
+}
+
+// Runs are compared a word at a time.
+constexpr std::size_t runStep = sizeof(std::uint64_t) / sizeof(IndexChoice);
+
+bool isRepeated(std::uint8_t index, std::span<const IndexChoice, runStep> step) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, step.data(), sizeof word);
+    return word == index * 0x0101010101010101u;
+}
+
+// How many indices at the beginning are this one, in whole steps.
+std::size_t repeatedSteps(std::span<const IndexChoice> indices, std::uint8_t index) {
+    std::size_t length = 0;
+    while (length + runStep <= indices.size() && isRepeated(index, indices.subspan(length).first<runStep>()))
+        length += runStep;
+    return length;
 }
 
 } // namespace
@@ -46,8 +66,8 @@ void LzwEncoder::writeChoosing(std::span<const IndexChoice> indices) {
 // Without choices the next string is known as soon as the code before is written.
 void LzwEncoder::writeDecided(std::span<const IndexChoice> indices) {
     while (!indices.empty()) {
-        std::size_t length = 1;
-        std::uint32_t code = indices.front().first;
+        std::size_t length = runLength(indices);
+        std::uint32_t code = runCode(indices.front().first, length);
         std::size_t slot = 0;
         for (; length < indices.size(); ++length) {
             slot = slotOf(code, indices[length].first);
@@ -117,11 +137,28 @@ LzwEncoder::Match LzwEncoder::longestMatch(std::span<const IndexChoice> indices,
 
 void LzwEncoder::followAlone(Match& match, std::span<const IndexChoice> indices, std::uint32_t previous,
                              std::size_t& length) const {
+    followRun(match, indices, length);
     for (; length < indices.size() && indices[length].first == indices[length].second; ++length) {
         const std::uint32_t code = extended(match, indices[length].first, previous);
         if (code == noCode) return;
         match.code = code;
     }
+}
+
+void LzwEncoder::followRun(Match& match, std::span<const IndexChoice> indices, std::size_t& length) const {
+    const std::size_t longest = std::min(longestRun(match.begin), indices.size());
+    if (length >= longest || match.code != runCode(match.begin, length)) return;
+    std::size_t reached = length + repeatedSteps(indices.first(longest).subspan(length), match.begin);
+    while (reached < longest && goesOnAlone(match.begin, reached, indices[reached]))
+        ++reached;
+    length = reached;
+    match.code = runCode(match.begin, length);
+}
+
+// From a run of the index that is not the longest.
+bool LzwEncoder::goesOnAlone(std::uint8_t index, std::size_t length, const IndexChoice& next) const {
+    if (next.first != index) return false;
+    return next.second == index || slots[slotOf(runCode(index, length), next.second)] == emptySlot;
 }
 
 void LzwEncoder::extend(const Match& match, std::uint8_t index, std::uint32_t previous,
@@ -146,8 +183,19 @@ std::size_t LzwEncoder::slotOf(std::uint32_t prefix, std::uint8_t index) const {
     return slot;
 }
 
+std::size_t LzwEncoder::runLength(std::span<const IndexChoice> indices) const {
+    const std::uint8_t index = indices.front().first;
+    // Few strings of a photograph are worth a look at the runs.
+    if (indices.size() < runStep || !isRepeated(index, indices.first<runStep>())) return 1;
+    const std::size_t longest = std::min(longestRun(index), indices.size());
+    return std::max<std::size_t>(repeatedSteps(indices.first(longest), index), 1);
+}
+
 void LzwEncoder::clearTable() {
     slots.fill(emptySlot);
+    for (std::vector<std::uint16_t>& codes : runs)
+        codes.clear();
+    std::iota(longestRunCodes.begin(), longestRunCodes.end(), std::uint16_t{0});
     freeCode = clearCode + 2;
     codeBits = 1;
     while (clearCode >> codeBits)
@@ -182,7 +230,11 @@ void LzwEncoder::insert(std::uint32_t prefix, std::uint8_t index) {
 }
 
 inline void LzwEncoder::insertAt(std::size_t slot, std::uint32_t prefix, std::uint8_t index) {
-    slots[slot] = (prefix << 8 | index) << longestCode | freeCode++;
+    const std::uint32_t code = freeCode++;
+    slots[slot] = (prefix << 8 | index) << longestCode | code;
+    if (prefix != longestRunCodes[index]) return;
+    longestRunCodes[index] = static_cast<std::uint16_t>(code);
+    runs[index].push_back(longestRunCodes[index]);
 }
 
 inline void LzwEncoder::put(std::uint32_t code) {

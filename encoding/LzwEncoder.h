@@ -61,8 +61,20 @@ private:
     // As far as there is no choice.
     void followAlone(Match& match, std::span<const IndexChoice> indices, std::uint32_t previous,
                      std::size_t& length) const;
+    // As far as the match is a run that no string but the next longer run goes on from.
+    void followRun(Match& match, std::span<const IndexChoice> indices, std::size_t& length) const;
+    bool goesOnAlone(std::uint8_t index, std::size_t length, const IndexChoice& next) const;
     std::uint32_t extended(const Match& match, std::uint8_t index, std::uint32_t previous) const;
     std::size_t slotOf(std::uint32_t prefix, std::uint8_t index) const;
+
+    // Strings of one index over and over are found by their length instead of index by index: most of a
+    // recording is such runs.
+    std::size_t longestRun(std::uint8_t index) const { return runs[index].size() + 1; }
+    std::uint32_t runCode(std::uint8_t index, std::size_t length) const {
+        return length == 1 ? index : runs[index][length - 2];
+    }
+    // How many indices at the beginning are a run that the table holds, or a few less.
+    std::size_t runLength(std::span<const IndexChoice> indices) const;
 
     void clearTable();
     bool clearWhenStale(std::size_t length);
@@ -71,7 +83,11 @@ private:
     void put(std::uint32_t code);
 
     std::array<std::uint32_t, 1 << hashBits> slots{}; // key << 12 | code
-    std::vector<std::uint64_t> words;                 // of the codes written, the first in the lowest bits
+    // The codes of each index's runs, from two of it on.
+    std::array<std::vector<std::uint16_t>, 256> runs;
+    // The code of each index's longest run, which every new string is compared with.
+    std::array<std::uint16_t, 256> longestRunCodes{};
+    std::vector<std::uint64_t> words; // of the codes written, the first in the lowest bits
     std::uint64_t pendingBits = 0;
     int pendingCount = 0;
     int codeBits = 0;
