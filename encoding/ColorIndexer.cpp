@@ -21,7 +21,7 @@ constexpr std::size_t censusLimit = 8192;
 // saves. In just noticeable differences.
 constexpr double largestMisfit = 2.8;
 constexpr double largestMisfitOfColor = 300; // all its pixels together: large flat areas are exact
-constexpr double worthOfByte = 2;
+constexpr double worthOfByte = 1.1;
 // Entries that are nearer to each other would cost bytes where everything moves. In just noticeable
 // differences.
 constexpr float coarsestStep = 0.6f;

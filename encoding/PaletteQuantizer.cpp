@@ -15,9 +15,10 @@ namespace {
 
 // Refining takes time by the sample, which is worth it for many pixels: a round for as many of them a sample.
 constexpr double pixelsOfRefinement = 8;
-constexpr double mostRefinements = 8;
+constexpr double mostRefinements = 5;
 constexpr int evenRefinements = 6;
-// A colour that makes up that share of its cluster stands for it instead of the mean.
+// A colour that makes up that share of its cluster stands for it instead of the mean, where the farthest
+// count.
 constexpr float dominance = 0.4f;
 // A colour with that many times the pixels of a mean entry is kept as it is.
 constexpr double prevalence = 1.5;
@@ -96,6 +97,7 @@ struct Gathering {
     std::array<double, 3> place{};
     std::array<double, 3> color{};
     Sample heaviest;
+    bool heaviestStands = false; // for all, instead of the mean
 
     void add(const Sample& sample) {
         weight += sample.weight;
@@ -114,7 +116,7 @@ struct Gathering {
     }
 
     Pixel representative() const {
-        if (heaviest.weight >= dominance * weight) return heaviest.color;
+        if (heaviestStands) return heaviest.color;
         Pixel result = 0;
         for (std::size_t axis = 0; axis < 3; ++axis)
             result |= static_cast<Pixel>(std::lround(color[axis] / weight)) << (8 * axis);
@@ -122,9 +124,12 @@ struct Gathering {
     }
 };
 
+bool isEmpty(const Gathering& gathering) { return gathering.weight == 0; }
+
 // Moves every mean to the middle of the samples that are nearer to it than to any other or to a kept sample.
-// Means without any vanish.
+// Afterwards each sample's owner is known: a kept sample, or one of the means, which may be without any.
 void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept, std::span<Sample> samples) {
+    std::erase_if(gatherings, isEmpty);
     std::vector<PerceptualColor> places;
     for (const Sample& sample : kept)
         places.push_back(sample.place);
@@ -139,7 +144,29 @@ void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept, st
         sample.owner = nearest.findWithin(sample.place, distance);
         if (sample.owner >= kept.size()) gatherings[sample.owner - kept.size()].add(sample);
     }
-    std::erase_if(gatherings, [](const Gathering& gathering) { return gathering.weight == 0; });
+}
+
+// The heaviest sample of a cluster stands for it where all are nearer to it, taken together, than to the
+// mean.
+void letNearerStand(std::vector<Gathering>& gatherings, std::size_t kept, std::span<const Sample> samples) {
+    std::vector<PerceptualColor> means;
+    for (const Gathering& gathering : gatherings)
+        means.push_back(isEmpty(gathering) ? PerceptualColor{} : gathering.meanPlace());
+    std::vector<float> gains(gatherings.size());
+    for (const Sample& sample : samples) {
+        if (sample.owner < kept) continue;
+        const std::size_t cluster = sample.owner - kept;
+        gains[cluster] +=
+            sample.weight * (std::sqrt(squaredDistance(sample.place, means[cluster])) -
+                             std::sqrt(squaredDistance(sample.place, gatherings[cluster].heaviest.place)));
+    }
+    for (std::size_t i = 0; i < gatherings.size(); ++i)
+        gatherings[i].heaviestStands = gains[i] >= 0;
+}
+
+void letDominantStand(std::vector<Gathering>& gatherings) {
+    for (Gathering& gathering : gatherings)
+        gathering.heaviestStands = gathering.heaviest.weight >= dominance * gathering.weight;
 }
 
 // With places after so many kept ones.
@@ -226,7 +253,7 @@ Palette heaviestFirst(std::vector<Sample> prevalent, std::vector<Gathering> gath
     for (const Sample& sample : prevalent)
         selection.add(sample.color, 0);
     for (const Gathering& gathering : gatherings)
-        selection.add(gathering.representative(), apart * perceptualUnit);
+        if (!isEmpty(gathering)) selection.add(gathering.representative(), apart * perceptualUnit);
     return std::move(selection.palette);
 }
 
@@ -245,6 +272,7 @@ Palette quantize(const std::vector<WeightedColor>& colors, std::size_t limit, fl
         weight / (pixelsOfRefinement * static_cast<double>(samples.size() + 1)), 1.0, mostRefinements));
     for (std::size_t i = 0; i < rounds; ++i)
         refine(gatherings, prevalent, samples);
+    letNearerStand(gatherings, prevalent.size(), samples);
     return heaviestFirst(std::move(prevalent), std::move(gatherings), apart);
 }
 
@@ -255,6 +283,7 @@ Palette quantizeEvenly(const std::vector<WeightedColor>& colors, std::size_t lim
     if (!samples.empty()) gatherings = farApart(prevalent, samples, limit - prevalent.size());
     for (int i = 0; i < evenRefinements; ++i)
         refine(gatherings, prevalent, samples);
+    letDominantStand(gatherings);
     return heaviestFirst(std::move(prevalent), std::move(gatherings), 0);
 }
 
