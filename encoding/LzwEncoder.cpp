@@ -57,9 +57,10 @@ void LzwEncoder::writeChoosing(std::span<const IndexChoice> indices) {
         const Match match = longestMatch(indices, previous, length);
         // The decoder makes a string of the code before and the first index of this one.
         if (previous != noCode && freeCode < codeLimit) insert(previous, match.begin);
-        const bool isCleared = write(match.code, length);
-        previous = isCleared ? noCode : match.code;
+        write(match.code);
         indices = indices.subspan(length);
+        if (indices.empty()) return;
+        previous = clearWhenStale(length) ? noCode : match.code;
     }
 }
 
@@ -74,19 +75,18 @@ void LzwEncoder::writeDecided(std::span<const IndexChoice> indices) {
             if (slots[slot] == emptySlot) break;
             code = slots[slot] & (codeLimit - 1);
         }
+        write(code);
         indices = indices.subspan(length);
-        if (indices.empty()) return put(code);
-        const bool isCleared = write(code, length);
+        if (indices.empty()) return;
+        const bool isCleared = clearWhenStale(length);
         if (!isCleared && freeCode < codeLimit) insertAt(slot, code, indices.front().first);
     }
 }
 
-// Returns whether the table begins anew.
-bool LzwEncoder::write(std::uint32_t code, std::size_t length) {
+void LzwEncoder::write(std::uint32_t code) {
     put(code);
     // The decoder reads longer codes as soon as its next string would need them.
     if (freeCode == 1u << codeBits && codeBits < longestCode) ++codeBits;
-    return clearWhenStale(length);
 }
 
 void LzwEncoder::begin(int minimumCodeSize) {
@@ -204,7 +204,8 @@ void LzwEncoder::clearTable() {
     sinceFull = {};
 }
 
-// A full table stays as long as it does no worse than a new one is likely to do while it fills.
+// A full table stays as long as it does no worse than a new one is likely to do while it fills. Returns
+// whether the table begins anew.
 bool LzwEncoder::clearWhenStale(std::size_t length) {
     const bool isFull = freeCode == codeLimit;
     Yield& yield = isFull ? sinceFull : whileFilling;

@@ -51,7 +51,7 @@ private:
 
     void writeChoosing(std::span<const IndexChoice> indices);
     void writeDecided(std::span<const IndexChoice> indices);
-    bool write(std::uint32_t code, std::size_t length);
+    void write(std::uint32_t code);
 
     // The longest string of the table that the indices begin with, and its length. `previous` is the code
     // written before, of which the decoder is about to make another string.

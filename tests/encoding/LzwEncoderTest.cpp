@@ -69,6 +69,12 @@ TEST(LzwEncoder, KnownCodesOfATinyPicture) {
     EXPECT_EQ(codes, (std::vector<std::uint8_t>{0b10001100, 0b01010011}));
 }
 
+TEST(LzwEncoder, TheEndCodeIsAsLongAsTheDecoderExpects) {
+    // Clear and three codes of three bits, eight of four: the decoder then knows 16 and reads five.
+    const std::vector<std::uint8_t> ones(66, 1);
+    EXPECT_EQ(LzwEncoder().encode(withoutChoice(ones), 2).size(), 7u);
+}
+
 TEST(LzwEncoder, EveryShortLengthSurvives) {
     for (int bits = 1; bits <= 8; ++bits)
         for (std::size_t count = 1; count < 600; ++count) {
