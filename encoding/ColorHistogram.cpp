@@ -27,12 +27,12 @@ void ColorHistogram::addNeighbors(std::span<const Pixel> colors) {
         if (i - begin >= flatRow)
             addExact(color, i - begin);
         else
-            binOf(color).add(color, static_cast<std::uint32_t>(i - begin));
+            addNear(color, i - begin);
     }
 }
 
 void ColorHistogram::addExact(Pixel color, std::size_t times) {
-    if (!exact.add(color, times)) binOf(color).add(color, static_cast<std::uint32_t>(times));
+    if (!exact.add(color, times)) addNear(color, times);
 }
 
 std::vector<WeightedColor> ColorHistogram::summary() const {

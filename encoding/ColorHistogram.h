@@ -21,6 +21,11 @@ public:
     // Counts pixels as they lie side by side.
     void addNeighbors(std::span<const Pixel> colors);
 
+    // Counts pixels of one colour together with those of near ones.
+    void addNear(Pixel color, std::size_t times) {
+        binOf(color).add(color, static_cast<std::uint32_t>(times));
+    }
+
     // Counts pixels of one colour that is to stay apart from near ones, as long as there is room.
     void addExact(Pixel color, std::size_t times);
 

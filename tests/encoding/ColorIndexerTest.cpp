@@ -198,6 +198,23 @@ TEST(ColorIndexer, EveryColorOfAPhotographGetsItsNearestEntry) {
     EXPECT_LE(meanDistance(colors, indexed), 1.005 * meanDistance(colors, thorough));
 }
 
+// As many as are still looked at one by one, most of them rare.
+TEST(ColorIndexer, AmongThousandsOfColorsFrequentOnesStayExactAndAllGetTheirNearestEntry) {
+    std::vector<Pixel> colors = photograph(8);
+    colors.resize(7000);
+    const std::vector<Pixel> frequent = randomColors(100, 9);
+    for (const Pixel color : frequent)
+        colors.insert(colors.end(), 300, color);
+    const IndexedColors indexed = indexColors(colors, 255);
+    expectSound(colors, indexed, 255);
+    EXPECT_FALSE(indexed.manyColors);
+    const NearestColor nearest(indexed.palette);
+    for (std::size_t i = 0; i < 7000; ++i)
+        ASSERT_EQ(indexed.indices[i], nearest.find(perceptualColor(colors[i])));
+    for (std::size_t i = 7000; i < colors.size(); ++i)
+        ASSERT_EQ(indexed.palette[indexed.indices[i]], colors[i]);
+}
+
 TEST(ColorIndexer, FinePrecisionComesNearer) {
     const std::vector<Pixel> colors = photograph(6);
     const ColorIndexer indexer({0, 0xFF00FF});
