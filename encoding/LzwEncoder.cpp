@@ -1,7 +1,6 @@
 #include "encoding/LzwEncoder.h"
 
 #include <algorithm>
-#include <cstring>
 #include <numeric>
 #include <utility>
 
@@ -20,23 +19,6 @@ bool hasChoices(std::span<const IndexChoice> indices) {
     for (const IndexChoice& index : indices)
         differences |= index.first ^ index.second;
     return differences != 0;
-}
-
-// Runs are compared a word at a time.
-constexpr std::size_t runStep = sizeof(std::uint64_t) / sizeof(IndexChoice);
-
-bool isRepeated(std::uint8_t index, std::span<const IndexChoice, runStep> step) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, step.data(), sizeof word);
-    return word == index * 0x0101010101010101u;
-}
-
-// How many indices at the beginning are this one, in whole steps.
-std::size_t repeatedSteps(std::span<const IndexChoice> indices, std::uint8_t index) {
-    std::size_t length = 0;
-    while (length + runStep <= indices.size() && isRepeated(index, indices.subspan(length).first<runStep>()))
-        length += runStep;
-    return length;
 }
 
 } // namespace

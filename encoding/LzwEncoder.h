@@ -1,5 +1,7 @@
 #pragma once
 
+#include "encoding/IndexChoices.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -7,13 +9,6 @@
 #include <vector>
 
 namespace clipwren {
-
-// One of two indices, whichever compresses better; equal when there is no choice.
-struct IndexChoice {
-    std::uint8_t first = 0;
-    std::uint8_t second = 0;
-    friend bool operator==(const IndexChoice&, const IndexChoice&) = default;
-};
 
 // Compresses indices into the LZW codes of the GIF format: variable-length codes of up to twelve bits, from a
 // clear code to the end code. Where a pixel may have either of two indices, the longer string decides. The

@@ -145,7 +145,8 @@ void ShownPicture::drawShortRows(std::span<IndexChoice> choices, const PixelRect
     const auto width = static_cast<std::size_t>(rect.width);
     for (auto begin = choices.begin(); begin != choices.end();) {
         begin = std::find_if(begin, choices.end(), stays);
-        const auto end = std::find_if_not(begin, choices.end(), stays);
+        const auto steps = static_cast<std::ptrdiff_t>(repeatedSteps({begin, choices.end()}, transparent));
+        const auto end = std::find_if_not(begin + steps, choices.end(), stays);
         if (static_cast<std::size_t>(end - begin) <= longestRedrawn) {
             for (auto choice = begin; choice != end; ++choice) {
                 const auto place = static_cast<std::size_t>(choice - choices.begin());
