@@ -1,9 +1,11 @@
 #include "encoding/ShownPicture.h"
 
 #include "encoding/PaletteIndex.h"
+#include "encoding/WideVectors.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdlib>
 
 namespace clipwren {
@@ -37,6 +39,10 @@ std::uint32_t difference(Pixel a, Pixel b) {
     return sum;
 }
 
+// All bits of a pixel's choice, or none.
+using ChoiceMask = std::uint16_t;
+static_assert(sizeof(ChoiceMask) == sizeof(IndexChoice));
+
 } // namespace
 
 ShownPicture::ShownPicture(PixelSize size)
@@ -69,28 +75,39 @@ std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span
     return result;
 }
 
+// In vectors and without a branch: in moving pictures nobody could foresee it.
+CLIPWREN_WIDE_VECTORS
 std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) {
-    Pixel* const shown = colors.data() + offset(run.x, run.y);
-    // Runs end with their block. What can be done for many pixels at once comes first.
+    // Runs end with their block.
     std::array<Pixel, Image::blockWidth> offered;
-    std::array<std::uint32_t, Image::blockWidth> before;
-    std::array<std::uint32_t, Image::blockWidth> after;
+    std::array<ChoiceMask, Image::blockWidth> stays;
     const auto length = static_cast<std::size_t>(run.length);
+    const std::uint8_t* const indices = drawn.indices;
     for (std::size_t i = 0; i < length; ++i)
-        offered[i] = (*drawn.palette)[drawn.indices[i]];
-    for (std::size_t i = 0; i < length; ++i) {
-        before[i] = difference(shown[i], drawn.wanted[i]);
-        after[i] = difference(offered[i], drawn.wanted[i]);
-    }
+        offered[i] = (*drawn.palette)[indices[i]];
+
+    Pixel* __restrict const shown = colors.data() + offset(run.x, run.y);
+    const Pixel* const wanted = drawn.wanted;
+    const std::uint32_t tolerance = drawn.tolerance;
     std::uint32_t misfit = 0;
     for (std::size_t i = 0; i < length; ++i) {
-        const bool mayStay =
-            (after[i] > 0) & (shown[i] != nothingYet) & (before[i] <= after[i] + drawn.tolerance);
-        // Selected rather than branched to: in moving pictures nobody can foresee it.
-        const bool stays = (shown[i] == offered[i]) | mayStay;
-        misfit += stays ? before[i] : after[i];
-        shown[i] = stays ? shown[i] : offered[i];
-        drawn.target[i] = stays ? drawn.target[i] : IndexChoice{drawn.indices[i], drawn.indices[i]};
+        // What was never drawn is farther off than any colour.
+        const std::uint32_t before = difference(shown[i], wanted[i]) + (shown[i] >> 24 << 16);
+        const std::uint32_t after = difference(offered[i], wanted[i]);
+        // Exact ones are always drawn.
+        const std::uint32_t allowed = after > 0 ? after + tolerance : 0;
+        const std::uint32_t mask = before <= allowed ? 0xFFFFFFFF : 0;
+        misfit += (before & mask) | (after & ~mask);
+        shown[i] = (shown[i] & mask) | (offered[i] & ~mask);
+        stays[i] = static_cast<ChoiceMask>(mask);
+    }
+
+    IndexChoice* const target = drawn.target;
+    for (std::size_t i = 0; i < length; ++i) {
+        constexpr unsigned both = 0x0101; // of its bytes
+        const auto choice = std::bit_cast<ChoiceMask>(target[i]);
+        target[i] = std::bit_cast<IndexChoice>(
+            static_cast<ChoiceMask>((choice & stays[i]) | (indices[i] * both & ~stays[i])));
     }
     return misfit;
 }
