@@ -48,13 +48,18 @@ std::size_t pixelCount(const Image& image) { return static_cast<std::size_t>(ima
 // One frame on its way through the stages.
 struct FrameJob {
     FrameJob(std::optional<Image> previous, Image image, std::int64_t hundredths)
-        : previous(std::move(previous)),
-          image(std::move(image)) {
+        : isFirst(!previous),
+          pictures(Pictures{std::move(previous), std::move(image)}) {
         result.hundredths = hundredths;
     }
 
-    std::optional<Image> previous;
-    Image image;
+    struct Pictures {
+        std::optional<Image> previous;
+        Image image;
+    };
+
+    bool isFirst;
+    std::optional<Pictures> pictures; // until the colours are chosen
     std::vector<PixelRect> healing;
     FrameChange change;
     IndexedColors indexed;
@@ -65,16 +70,17 @@ struct FrameJob {
 
 // What depends on the two pictures alone: which pixels change and which colours they get.
 void chooseColors(FrameJob& job, const ColorIndexer& indexer) {
-    job.change = job.previous ? changeSince(*job.previous, job.image) : wholeFrame(job.image);
-    job.change.addHealing(job.image, job.healing);
+    const auto [previous, image] = *std::exchange(job.pictures, std::nullopt);
+    job.change = previous ? changeSince(*previous, image) : wholeFrame(image);
+    job.change.addHealing(image, job.healing);
     if (job.change.isEmpty()) return;
-    const bool mostMoves = job.previous && 2 * job.change.colors.size() > pixelCount(job.image);
+    const bool mostMoves = previous && 2 * job.change.colors.size() > pixelCount(image);
     // One index is for what stays.
     job.indexed =
         indexer.index(job.change.colors, largestPalette - 1, mostMoves ? Precision::coarse : Precision::fine);
     // Bands that move or hardly differ are not seen; mixing would only cost bytes.
     if (!job.indexed.palette.empty() && !mostMoves && !job.indexed.allNear)
-        ditherGradients(job.image, job.change, job.indexed.palette, job.indexed.indices);
+        ditherGradients(image, job.change, job.indexed.palette, job.indexed.indices);
 }
 
 // A frame needs an image, if only to have its delay.
@@ -177,7 +183,7 @@ private:
     void drawNext(ShownPicture& shown) {
         std::unique_ptr<FrameJob> job = take(choosing);
         drawChange(*job, shown, shared, stayingIn(*job), *healer);
-        if (job->previous) healer->drawn(job->healing.empty() ? 0 : shown.lastHealingSteps());
+        if (!job->isFirst) healer->drawn(job->healing.empty() ? 0 : shown.lastHealingSteps());
         job->task = crew.start([job = job.get()] { compress(*job); });
         compressing.push_back(std::move(job));
     }

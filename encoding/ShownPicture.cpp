@@ -94,7 +94,7 @@ std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) 
         // What was never drawn is farther off than any colour.
         const std::uint32_t before = difference(shown[i], wanted[i]) + (shown[i] >> 24 << 16);
         const std::uint32_t after = difference(offered[i], wanted[i]);
-        // Exact ones are always drawn.
+        // Where an exact colour is offered, no other stays.
         const std::uint32_t allowed = after > 0 ? after + tolerance : 0;
         const std::uint32_t mask = before <= allowed ? 0xFFFFFFFF : 0;
         misfit += (before & mask) | (after & ~mask);
