@@ -28,8 +28,10 @@ namespace {
 constexpr std::size_t framesAhead = 3;
 // The index that leaves a pixel as it is, in images with the shared palette.
 constexpr std::uint8_t sharedTransparency = 0;
-// The share of all pixels for which there is time to try out whether staying as they are compresses best.
-constexpr double triedShare = 0.05;
+// So many pixels of a frame may be tried out as to whether staying as they are compresses best, and many more
+// after frames that did not need it.
+constexpr std::size_t triedPixels = 9'000;
+constexpr std::size_t mostTriedPixels = 20 * triedPixels;
 // Frames from one preview to the next while much moves.
 constexpr std::size_t longestStep = 16;
 // More would find nothing to do.
@@ -198,10 +200,9 @@ private:
     // Whether there is time to try out how so many pixels compress best. In quiet recordings there always is;
     // where much moves it wins little.
     bool spendTrials(std::size_t pixels) {
-        const double area = static_cast<double>(size.width) * size.height;
-        trials = std::min(trials + triedShare * area, area);
-        if (static_cast<double>(pixels) > trials) return false;
-        trials -= static_cast<double>(pixels);
+        trials = std::min(trials + triedPixels, mostTriedPixels);
+        if (pixels > trials) return false;
+        trials -= pixels;
         return true;
     }
 
@@ -229,7 +230,7 @@ private:
     std::optional<Image> last;
     std::size_t begun = 0;
     std::size_t framesWritten = 0;
-    double trials = 0; // pixels
+    std::size_t trials = 0; // pixels
     std::deque<std::unique_ptr<FrameJob>> choosing;
     std::deque<std::unique_ptr<FrameJob>> compressing;
     // Ends before the jobs that its tasks work on.
