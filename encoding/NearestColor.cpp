@@ -52,21 +52,6 @@ std::size_t NearestColor::shelfOf(int lightness) {
     return static_cast<std::size_t>(std::clamp((lightness - darkest) / shelfHeight, 0, shelfCount - 1));
 }
 
-std::uint8_t NearestColor::find(const PerceptualColor& color) const {
-    const std::size_t place = shelves[shelfOf(static_cast<int>(color.lightness))];
-    const std::size_t group = std::min(place / groupSize, groupCount - 1);
-    return findWithin(color, static_cast<float>(findInGroups(color, group, group + 1) >> numberBits));
-}
-
-// How far the nearest can be at most tells how much lighter or darker it can be.
-std::uint8_t NearestColor::findWithin(const PerceptualColor& color, float squaredDistance) const {
-    const int reach = static_cast<int>(std::sqrt(squaredDistance)) + 1;
-    const int middle = static_cast<int>(color.lightness);
-    const std::size_t begin = shelves[shelfOf(middle - reach)] / groupSize;
-    const std::size_t end = (shelves[shelfOf(middle + reach) + 1] + groupSize - 1) / groupSize;
-    return static_cast<std::uint8_t>(findInGroups(color, begin, end) & (largestPalette - 1));
-}
-
 // The hottest loop of the encoder. Distance and number in one, so that the search is a plain minimum, which
 // compilers vectorise.
 CLIPWREN_WIDE_VECTORS
@@ -81,6 +66,21 @@ std::int32_t NearestColor::findInGroups(const PerceptualColor& color, std::size_
         least = std::min(least, distance << numberBits | numbers[i]);
     }
     return least;
+}
+
+std::uint8_t NearestColor::find(const PerceptualColor& color) const {
+    const std::size_t place = shelves[shelfOf(static_cast<int>(color.lightness))];
+    const std::size_t group = std::min(place / groupSize, groupCount - 1);
+    return findWithin(color, static_cast<float>(findInGroups(color, group, group + 1) >> numberBits));
+}
+
+// How far the nearest can be at most tells how much lighter or darker it can be.
+std::uint8_t NearestColor::findWithin(const PerceptualColor& color, float squaredDistance) const {
+    const int reach = static_cast<int>(std::sqrt(squaredDistance)) + 1;
+    const int middle = static_cast<int>(color.lightness);
+    const std::size_t begin = shelves[shelfOf(middle - reach)] / groupSize;
+    const std::size_t end = (shelves[shelfOf(middle + reach) + 1] + groupSize - 1) / groupSize;
+    return static_cast<std::uint8_t>(findInGroups(color, begin, end) & (largestPalette - 1));
 }
 
 } // namespace clipwren

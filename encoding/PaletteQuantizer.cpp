@@ -150,6 +150,7 @@ void refine(std::vector<Gathering>& gatherings, std::span<const Sample> kept, st
 // mean.
 void letNearerStand(std::vector<Gathering>& gatherings, std::size_t kept, std::span<const Sample> samples) {
     std::vector<PerceptualColor> means;
+    means.reserve(gatherings.size());
     for (const Gathering& gathering : gatherings)
         means.push_back(isEmpty(gathering) ? PerceptualColor{} : gathering.meanPlace());
     std::vector<float> gains(gatherings.size());

@@ -49,32 +49,6 @@ ShownPicture::ShownPicture(PixelSize size)
     : size(size),
       colors(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height), nothingYet) {}
 
-std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span<const std::uint8_t> indices,
-                                            const Palette& palette, std::uint8_t transparent, Staying staying,
-                                            Healer& healer) {
-    std::vector<IndexChoice> result(static_cast<std::size_t>(change.rect.area()), {transparent, transparent});
-    if (staying == Staying::asCompressed) offerEqualEntries(result, change.rect, palette, transparent);
-    const std::size_t changedRuns = change.runs.size() - change.healingRuns;
-    const bool mostMoves = 2 * change.colors.size() > colors.size();
-    const std::uint32_t tolerance = mostMoves ? unnoticedInMotion : unnoticed;
-    std::size_t next = 0;
-    std::uint32_t steps = 0;
-    for (std::size_t i = 0; i < change.runs.size(); ++i) {
-        const PixelRun& run = change.runs[i];
-        const DrawnRun drawn{indices.data() + next, change.colors.data() + next, &palette, tolerance,
-                             result.data() + (run.y - change.rect.y) * change.rect.width +
-                                 (run.x - change.rect.x)};
-        next += static_cast<std::size_t>(run.length);
-        if (i < changedRuns)
-            healer.addMisfit(run.x, run.y, drawRun(run, drawn));
-        else
-            steps += healRun(run, drawn, healer);
-    }
-    healingSteps = steps;
-    if (staying == Staying::exceptBriefly) drawShortRows(result, change.rect, palette, transparent);
-    return result;
-}
-
 // In vectors and without a branch: in moving pictures nobody could foresee it.
 CLIPWREN_WIDE_VECTORS
 std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) {
@@ -110,6 +84,32 @@ std::uint32_t ShownPicture::drawRun(const PixelRun& run, const DrawnRun& drawn) 
             static_cast<ChoiceMask>((choice & stays[i]) | (indices[i] * both & ~stays[i])));
     }
     return misfit;
+}
+
+std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span<const std::uint8_t> indices,
+                                            const Palette& palette, std::uint8_t transparent, Staying staying,
+                                            Healer& healer) {
+    std::vector<IndexChoice> result(static_cast<std::size_t>(change.rect.area()), {transparent, transparent});
+    if (staying == Staying::asCompressed) offerEqualEntries(result, change.rect, palette, transparent);
+    const std::size_t changedRuns = change.runs.size() - change.healingRuns;
+    const bool mostMoves = 2 * change.colors.size() > colors.size();
+    const std::uint32_t tolerance = mostMoves ? unnoticedInMotion : unnoticed;
+    std::size_t next = 0;
+    std::uint32_t steps = 0;
+    for (std::size_t i = 0; i < change.runs.size(); ++i) {
+        const PixelRun& run = change.runs[i];
+        const DrawnRun drawn{indices.data() + next, change.colors.data() + next, &palette, tolerance,
+                             result.data() + (run.y - change.rect.y) * change.rect.width +
+                                 (run.x - change.rect.x)};
+        next += static_cast<std::size_t>(run.length);
+        if (i < changedRuns)
+            healer.addMisfit(run.x, run.y, drawRun(run, drawn));
+        else
+            steps += healRun(run, drawn, healer);
+    }
+    healingSteps = steps;
+    if (staying == Staying::exceptBriefly) drawShortRows(result, change.rect, palette, transparent);
+    return result;
 }
 
 std::uint32_t ShownPicture::healRun(const PixelRun& run, const DrawnRun& drawn, Healer& healer) {
