@@ -44,28 +44,6 @@ constexpr bool exceeds(Pixel components, Pixel limit) {
 
 } // namespace
 
-bool Gradients::contain(int x, int y) {
-    const int left = x - x % Image::blockWidth;
-    if (left != area.x || y != rowY) goTo(left, y);
-    const int place = x - left;
-    // Most of a text's pixels need no further look.
-    if (place > 0 && isSteep(row[place - 1], row[place])) return false;
-    if (place + 1 < area.width && isSteep(row[place], row[place + 1])) return false;
-    if (!isKnown) find(block, {area.width, area.height}, y - area.y, known);
-    isKnown = true;
-    return known[static_cast<std::size_t>(place)];
-}
-
-void Gradients::goTo(int left, int y) {
-    const int blockColumn = left / Image::blockWidth;
-    const int blockRow = y / Image::blockHeight;
-    area = image.blockRect(blockColumn, blockRow);
-    block = image.blockPixels(blockColumn, blockRow);
-    row = block + (y - area.y) * Image::blockWidth;
-    rowY = y;
-    isKnown = false;
-}
-
 // Which pixels of a row of the block belong to a gradient, as far as the block tells.
 CLIPWREN_WIDE_VECTORS
 void Gradients::find(const Pixel* block, PixelSize size, int y, RowFlags& result) {
@@ -97,6 +75,28 @@ void Gradients::find(const Pixel* block, PixelSize size, int y, RowFlags& result
         const bool slopesDown = opaqueColor(down[x]) != 0 && !exceeds(down[x], steepest);
         result[x] = isSmooth & (slopesAcross | slopesDown);
     }
+}
+
+bool Gradients::contain(int x, int y) {
+    const int left = x - x % Image::blockWidth;
+    if (left != area.x || y != rowY) goTo(left, y);
+    const int place = x - left;
+    // Most of a text's pixels need no further look.
+    if (place > 0 && isSteep(row[place - 1], row[place])) return false;
+    if (place + 1 < area.width && isSteep(row[place], row[place + 1])) return false;
+    if (!isKnown) find(block, {area.width, area.height}, y - area.y, known);
+    isKnown = true;
+    return known[static_cast<std::size_t>(place)];
+}
+
+void Gradients::goTo(int left, int y) {
+    const int blockColumn = left / Image::blockWidth;
+    const int blockRow = y / Image::blockHeight;
+    area = image.blockRect(blockColumn, blockRow);
+    block = image.blockPixels(blockColumn, blockRow);
+    row = block + (y - area.y) * Image::blockWidth;
+    rowY = y;
+    isKnown = false;
 }
 
 } // namespace clipwren

@@ -35,10 +35,10 @@ private:
     std::int32_t findInGroups(const PerceptualColor& color, std::size_t begin, std::size_t end) const;
 
     // The places in the order of their lightness, the lightest again and again to the end.
-    alignas(32) std::array<float, largestPalette> lightness;
-    alignas(32) std::array<float, largestPalette> first;
-    alignas(32) std::array<float, largestPalette> second;
-    alignas(32) std::array<std::int32_t, largestPalette> numbers; // as they were given
+    std::array<float, largestPalette> lightness;
+    std::array<float, largestPalette> first;
+    std::array<float, largestPalette> second;
+    std::array<std::int32_t, largestPalette> numbers; // as they were given
     // The first place that is so light or lighter.
     std::array<std::uint16_t, shelfCount + 1> shelves;
 };
