@@ -93,7 +93,7 @@ void mix(const Partners& partners, PerceptualColor wanted, Mixtures& __restrict 
 
 class Mixer {
 public:
-    explicit Mixer(const Palette& palette) : palette(palette), partners(palette.size()) {
+    explicit Mixer(const Palette& palette) : partners(palette.size()) {
         for (const Pixel color : palette)
             places.push_back(perceptualColor(color));
     }
@@ -152,7 +152,6 @@ private:
 
     static constexpr int hashBits = 12;
 
-    const Palette& palette;
     std::vector<PerceptualColor> places;
     std::vector<std::unique_ptr<const Partners>> partners; // once they are asked for
     // The colours of a gradient come again row by row; of two that meet here the later one stays.
