@@ -37,7 +37,7 @@ constexpr std::size_t longestStep = 16;
 // More would find nothing to do.
 constexpr unsigned mostThreads = 4;
 
-Image fitted(const Image& image, PixelSize size) {
+Image fitted(Image image, PixelSize size) {
     if (image.width() == size.width && image.height() == size.height) return image;
     std::vector<Pixel> pixels(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height),
                               0xFF000000);
@@ -76,7 +76,7 @@ void chooseColors(FrameJob& job, const ColorIndexer& indexer) {
     job.change = previous ? changeSince(*previous, image) : wholeFrame(image);
     job.change.addHealing(image, job.healing);
     if (job.change.isEmpty()) return;
-    const bool mostMoves = previous && 2 * job.change.colors.size() > pixelCount(image);
+    const bool mostMoves = previous && job.change.isMostOf(pixelCount(image));
     // One index is for what stays.
     job.indexed =
         indexer.index(job.change.colors, largestPalette - 1, mostMoves ? Precision::coarse : Precision::fine);
@@ -137,7 +137,7 @@ public:
         indexer.emplace(shared);
         healer.emplace(size);
         writer.begin(size, shared);
-        begin(first);
+        begin(std::move(first));
         for (std::size_t i = 0; i < animation.frameCount && sink.good(); ++i) {
             while (begun < animation.frameCount && choosing.size() < framesAhead)
                 begin(animation.frame(begun));
@@ -172,8 +172,8 @@ private:
         return palette;
     }
 
-    void begin(const AnimationFrame& frame) {
-        Image image = fitted(frame.image, size);
+    void begin(AnimationFrame frame) {
+        Image image = fitted(std::move(frame.image), size);
         auto job = std::make_unique<FrameJob>(last, image, frame.hundredths);
         if (last) job->healing = healer->choose(*last, image);
         last = std::move(image);
@@ -184,21 +184,21 @@ private:
 
     void drawNext(ShownPicture& shown) {
         std::unique_ptr<FrameJob> job = take(choosing);
-        drawChange(*job, shown, shared, stayingIn(*job), *healer);
+        drawChange(*job, shown, shared, chooseStaying(*job), *healer);
         if (!job->isFirst) healer->drawn(job->healing.empty() ? 0 : shown.lastHealingSteps());
         job->task = crew.start([job = job.get()] { compress(*job); });
         compressing.push_back(std::move(job));
     }
 
-    Staying stayingIn(const FrameJob& job) {
+    Staying chooseStaying(const FrameJob& job) {
         // In photographs equal entries are rare, and stand out from what surrounds them.
         if (job.indexed.manyColors) return Staying::alone;
         const bool hasTime = spendTrials(static_cast<std::size_t>(job.change.rect.area()));
         return hasTime ? Staying::asCompressed : Staying::exceptBriefly;
     }
 
-    // Whether there is time to try out how so many pixels compress best. In quiet recordings there always is;
-    // where much moves it wins little.
+    // Whether there is time to try out how so many pixels compress best; then it is taken off. For small
+    // changes there always is; where much moves it wins little.
     bool spendTrials(std::size_t pixels) {
         trials = std::min(trials + triedPixels, mostTriedPixels);
         if (pixels > trials) return false;

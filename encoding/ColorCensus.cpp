@@ -11,15 +11,16 @@ ColorCensus::ColorCensus(std::size_t limit)
 
 std::optional<ColorCensus> ColorCensus::take(std::span<const Pixel> colors, std::size_t limit) {
     ColorCensus census(limit);
-    census.numbers.resize(colors.size());
+    census.numbers.reserve(colors.size());
     for (std::size_t i = 0; i < colors.size();) {
         const std::optional<std::uint16_t> number = census.numberOf(colors[i]);
         if (!number) return std::nullopt;
         // Neighbours are often equal.
         const std::size_t begin = i;
         const Pixel color = colors[i];
-        for (; i < colors.size() && colors[i] == color; ++i)
-            census.numbers[i] = *number;
+        while (i < colors.size() && colors[i] == color)
+            ++i;
+        census.numbers.insert(census.numbers.end(), i - begin, *number);
         census.found[*number].count += static_cast<std::uint32_t>(i - begin);
     }
     return census;

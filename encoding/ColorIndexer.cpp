@@ -68,9 +68,7 @@ std::vector<WeightedColor> fewerColors(const ColorCensus& census) {
 
 // `colors` are the census's.
 void takeNearest(IndexedColors& result, const ColorCensus& census, std::span<const WeightedColor> colors) {
-    std::vector<PerceptualColor> places;
-    for (const Pixel color : result.palette)
-        places.push_back(perceptualColor(color));
+    const std::vector<PerceptualColor> places = placesOf(result.palette);
     const NearestColor nearest(places);
     std::vector<std::uint8_t> byEntry;
     byEntry.reserve(colors.size());
@@ -106,22 +104,21 @@ ColorHistogram coarseHistogram(std::span<const Pixel> colors) {
     return histogram;
 }
 
-double distanceBetween(Pixel a, Pixel b) {
-    return std::sqrt(squaredDistance(perceptualColor(a), perceptualColor(b))) / perceptualUnit;
-}
-
 double tableBytes(std::size_t colors) { return 3.0 * static_cast<double>(std::bit_ceil(colors + 1)); }
 
 } // namespace
 
 ColorIndexer::ColorIndexer(const Palette& shared)
-    : shared(shared),
-      sharedIndex(shared, std::uint8_t{0}),
-      sharedNearest(Palette(shared.begin() + 1, shared.end())) {}
+    : sharedIndex(shared, std::uint8_t{0}),
+      sharedPlaces(placesOf(std::span(shared).subspan(1))),
+      sharedNearest(sharedPlaces) {}
 
-std::uint8_t ColorIndexer::sharedEntry(Pixel color) const {
-    if (const auto exact = sharedIndex.find(color)) return *exact;
-    return static_cast<std::uint8_t>(1 + sharedNearest.find(perceptualColor(color)));
+ColorIndexer::SharedEntry ColorIndexer::sharedEntry(Pixel color) const {
+    if (const auto exact = sharedIndex.find(color)) return {*exact, 0};
+    const PerceptualColor place = perceptualColor(color);
+    const std::uint8_t nearest = sharedNearest.find(place);
+    return {static_cast<std::uint8_t>(1 + nearest),
+            std::sqrt(squaredDistance(place, sharedPlaces[nearest])) / perceptualUnit};
 }
 
 std::optional<std::vector<std::uint8_t>> ColorIndexer::sharedEntries(const ColorCensus& census,
@@ -129,11 +126,12 @@ std::optional<std::vector<std::uint8_t>> ColorIndexer::sharedEntries(const Color
     const double allowed = worthOfByte * savedBytes;
     double misfit = 0;
     std::vector<std::uint8_t> result;
-    for (const ColorCensus::Entry& entry : census.entries()) {
-        result.push_back(sharedEntry(entry.color));
-        const double distance = distanceBetween(entry.color, shared[result.back()]);
-        misfit += distance * entry.count;
-        if (distance > largestMisfit || distance * entry.count > largestMisfitOfColor || misfit > allowed)
+    for (const ColorCensus::Entry& color : census.entries()) {
+        const SharedEntry entry = sharedEntry(color.color);
+        result.push_back(entry.index);
+        misfit += entry.distance * color.count;
+        if (entry.distance > largestMisfit || entry.distance * color.count > largestMisfitOfColor ||
+            misfit > allowed)
             return std::nullopt;
     }
     return result;

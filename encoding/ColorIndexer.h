@@ -40,14 +40,19 @@ public:
                         Precision precision = Precision::fine) const;
 
 private:
-    std::uint8_t sharedEntry(Pixel color) const;
+    // An entry of the shared palette and how far it is off, in just noticeable differences.
+    struct SharedEntry {
+        std::uint8_t index = 0;
+        double distance = 0;
+    };
+    SharedEntry sharedEntry(Pixel color) const;
     // The shared entry for each colour of the census; nothing when that is not good enough for saving so many
     // bytes.
     std::optional<std::vector<std::uint8_t>> sharedEntries(const ColorCensus& census,
                                                            double savedBytes) const;
 
-    const Palette shared;
     const PaletteIndex sharedIndex;
+    const std::vector<PerceptualColor> sharedPlaces; // without the first entry
     const NearestColor sharedNearest;
 };
 

@@ -8,7 +8,7 @@
 
 namespace clipwren {
 
-// Neighbouring pixels of one row.
+// Neighbouring pixels of one row, all in one block.
 struct PixelRun {
     int x = 0;
     int y = 0;
@@ -25,6 +25,9 @@ struct FrameChange {
 
     bool isEmpty() const { return runs.empty(); }
 
+    // Of a picture of so many.
+    bool isMostOf(std::size_t pixels) const { return 2 * colors.size() > pixels; }
+
     // Takes in some of the picture's blocks, although they did not change.
     void addHealing(const Image& image, std::span<const PixelRect> blocks);
 };
@@ -35,7 +38,7 @@ FrameChange wholeFrame(const Image& image);
 // Compares pictures of the same size; the cost follows the blocks that they do not share.
 FrameChange changeSince(const Image& previous, const Image& current);
 
-// The same in at most `mostBlocks` of those blocks, evenly spread.
+// The same in at most `mostBlocks` of those blocks, one or more, evenly spread.
 FrameChange sampledChangeSince(const Image& previous, const Image& current, std::size_t mostBlocks);
 
 } // namespace clipwren

@@ -93,10 +93,7 @@ void mix(const Partners& partners, PerceptualColor wanted, Mixtures& __restrict 
 
 class Mixer {
 public:
-    explicit Mixer(const Palette& palette) : partners(palette.size()) {
-        for (const Pixel color : palette)
-            places.push_back(perceptualColor(color));
-    }
+    explicit Mixer(const Palette& palette) : places(placesOf(palette)), partners(palette.size()) {}
 
     // The nearest entry or the one that is mixed with it: that one's share of the mixture decides, against a
     // threshold of 0 to 63.

@@ -15,6 +15,7 @@ namespace {
 constexpr int steepestStep = 4;
 // So far away, in pixels, a gradient has changed.
 constexpr int reach = 8;
+
 // Of each of red, green and blue, how far neighbours are from each other at most: larger ones replace what is
 // there.
 CLIPWREN_WIDE_VECTORS

@@ -1,6 +1,7 @@
 #include "encoding/LzwEncoder.h"
 
 #include <algorithm>
+#include <bit>
 #include <numeric>
 #include <utility>
 
@@ -75,9 +76,8 @@ void LzwEncoder::begin(int minimumCodeSize) {
     pendingBits = 0;
     pendingCount = 0;
     clearCode = 1u << minimumCodeSize;
-    codeBits = minimumCodeSize + 1;
-    put(clearCode);
     clearTable();
+    put(clearCode);
 }
 
 std::vector<std::uint8_t> LzwEncoder::end() {
@@ -179,9 +179,7 @@ void LzwEncoder::clearTable() {
         codes.clear();
     std::iota(longestRunCodes.begin(), longestRunCodes.end(), std::uint16_t{0});
     freeCode = clearCode + 2;
-    codeBits = 1;
-    while (clearCode >> codeBits)
-        ++codeBits;
+    codeBits = std::bit_width(clearCode);
     whileFilling = {};
     sinceFull = {};
 }

@@ -77,7 +77,7 @@ private:
     void insertAt(std::size_t slot, std::uint32_t prefix, std::uint8_t index);
     void put(std::uint32_t code);
 
-    std::array<std::uint32_t, 1 << hashBits> slots{}; // key << 12 | code
+    std::array<std::uint32_t, 1 << hashBits> slots; // key << 12 | code
     // The codes of each index's runs, from two of it on.
     std::array<std::vector<std::uint16_t>, 256> runs;
     // The code of each index's longest run, which every new string is compared with.

@@ -12,15 +12,8 @@ namespace clipwren {
 
 namespace {
 
-// Lightness lies within +-640.
-constexpr int darkest = -640;
+constexpr int darkest = -640; // of all colours
 constexpr int shelfHeight = 8;
-
-std::vector<PerceptualColor> placesOf(const Palette& palette) {
-    std::vector<PerceptualColor> places(palette.size());
-    std::transform(palette.begin(), palette.end(), places.begin(), perceptualColor);
-    return places;
-}
 
 } // namespace
 

@@ -28,6 +28,7 @@ private:
     static constexpr std::size_t groupSize = 8;
     static constexpr std::size_t groupCount = largestPalette / groupSize;
     static constexpr int shelfCount = 160;
+    // Of a place's number, below its squared distance, which leaves the sign and 23 bits for that.
     static constexpr int numberBits = 8;
 
     static std::size_t shelfOf(int lightness);

@@ -69,4 +69,10 @@ PerceptualColor perceptualColor(Pixel color) {
             rounded(perceptualUnit * b * chromaScale)};
 }
 
+std::vector<PerceptualColor> placesOf(std::span<const Pixel> colors) {
+    std::vector<PerceptualColor> places(colors.size());
+    std::transform(colors.begin(), colors.end(), places.begin(), perceptualColor);
+    return places;
+}
+
 } // namespace clipwren

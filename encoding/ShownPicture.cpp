@@ -92,8 +92,7 @@ std::vector<IndexChoice> ShownPicture::draw(const FrameChange& change, std::span
     std::vector<IndexChoice> result(static_cast<std::size_t>(change.rect.area()), {transparent, transparent});
     if (staying == Staying::asCompressed) offerEqualEntries(result, change.rect, palette, transparent);
     const std::size_t changedRuns = change.runs.size() - change.healingRuns;
-    const bool mostMoves = 2 * change.colors.size() > colors.size();
-    const std::uint32_t tolerance = mostMoves ? unnoticedInMotion : unnoticed;
+    const std::uint32_t tolerance = change.isMostOf(colors.size()) ? unnoticedInMotion : unnoticed;
     std::size_t next = 0;
     std::uint32_t steps = 0;
     for (std::size_t i = 0; i < change.runs.size(); ++i) {

@@ -2,7 +2,7 @@
 
 #include "encoding/FrameChange.h"
 #include "encoding/Healer.h"
-#include "encoding/LzwEncoder.h"
+#include "encoding/IndexChoices.h"
 #include "encoding/Palette.h"
 
 #include <cstdint>
@@ -24,10 +24,10 @@ class ShownPicture {
 public:
     explicit ShownPicture(PixelSize size);
 
-    // Draws the changed pixels with the colours picked for them, unless what is shown is as near, and those
-    // to heal where that brings them nearer; the healer is told what stays wrong. Returns how a viewer gets
-    // there: the indices of all pixels of the change's rectangle, row by row, `transparent` where the picture
-    // stays as it is.
+    // Draws the changed pixels with the colours picked for them, unless what is shown is as near, or nearly
+    // so, and those to heal where that brings them nearer; the healer is told what stays wrong. Returns how a
+    // viewer gets there: the indices of all pixels of the change's rectangle, row by row, `transparent` where
+    // the picture stays as it is.
     std::vector<IndexChoice> draw(const FrameChange& change, std::span<const std::uint8_t> indices,
                                   const Palette& palette, std::uint8_t transparent, Staying staying,
                                   Healer& healer);

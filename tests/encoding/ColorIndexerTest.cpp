@@ -208,6 +208,11 @@ TEST(ColorIndexer, AmongThousandsOfColorsFrequentOnesStayExactAndAllGetTheirNear
     const IndexedColors indexed = indexColors(colors, 255);
     expectSound(colors, indexed, 255);
     EXPECT_FALSE(indexed.manyColors);
+    // Against those alone, which have the whole palette for themselves.
+    const std::vector<Pixel> rare(colors.begin(), colors.begin() + 7000);
+    IndexedColors ofRare = indexed;
+    ofRare.indices.resize(rare.size());
+    EXPECT_LT(meanDistance(rare, ofRare), 1.5 * meanDistance(rare, indexColors(rare, 255)));
     const NearestColor nearest(indexed.palette);
     for (std::size_t i = 0; i < 7000; ++i)
         ASSERT_EQ(indexed.indices[i], nearest.find(perceptualColor(colors[i])));
