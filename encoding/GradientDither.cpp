@@ -21,7 +21,7 @@ constexpr float nearestMixed = 2;
 constexpr float farthestMixed = 16;
 
 // What the dots of a mixture are worth against its being off, both as squared distances.
-constexpr float worthOfDots = 0.3f;
+constexpr float worthOfDots = 0.32f;
 // So many entries around the nearest are tried.
 constexpr std::size_t mostPartners = 16;
 
