@@ -81,6 +81,14 @@ TEST_F(ShownPictureTest, ShortRowsGoOnInTheNextOne) {
                                                                           drawn(1), drawn(2), drawn(0)}));
 }
 
+TEST_F(ShownPictureTest, LongRowsAtTheEndStayToo) {
+    picture.fill({20, 0, 1, 1}, green);
+    picture.fill({0, 1, 1, 1}, green);
+    std::vector<IndexChoice> expected(42, stays);
+    expected[20] = expected[21] = drawn(2);
+    EXPECT_EQ(drawNext(Staying::exceptBriefly), expected);
+}
+
 TEST_F(ShownPictureTest, WhatNoEntryShowsStaysEvenBriefly) {
     picture.fill({0, 1, 1, 1}, green);
     picture.fill({2, 1, 1, 1}, green);
